@@ -1,0 +1,295 @@
+#include "Ixor/FastInfoset/Decoder.h"
+#include "Ixor/FastInfoset/BitStreamReader.h"
+#include "Ixor/FastInfoset/Encoder.h"
+#include "Ixor/FastInfoset/FISException.h"
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+namespace
+{
+	const char* const INVALID_HEADER = "Not a valid Fast Infoset document (invalid header)";
+	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
+}
+
+
+void Decoder::documentPreHeader(BitStreamReader& aReader, std::string& xmlDeclaration)
+{
+	xmlDeclaration.clear();
+	unsigned int bits = 0;
+	aReader.read(bits, 16);
+	if (bits == Encoder::XMLDECLARATION)
+	{
+		// The declaration is taken up to its closing ">" without looking at
+		// its content; a document that ends before it has no valid header.
+		xmlDeclaration = "<?";
+		unsigned char octet = 0;
+		do
+		{
+			if (!aReader.read(octet, 8)) throw FISException(INVALID_HEADER);
+			xmlDeclaration += static_cast<char>(octet);
+		}
+		while (octet != '>');
+		aReader.read(bits, 16);
+	}
+	if (bits != Encoder::DOCUMENTSTART) throw FISException(INVALID_HEADER);
+
+	unsigned int version = 0;
+	if (!aReader.read(version, 16)) throw FISException(INVALID_HEADER);
+	if (version != 1) throw FISException("Unsupported Fast Infoset document version");
+	aReader.skip(1);
+}
+
+
+Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
+{
+	if (aReader.eof()) throw FISParseException(END_OF_HEADER);
+	poco_assert(aReader.bitPos() == 1);
+
+	unsigned int bits = 0;
+	if (!aReader.read(bits, 7)) throw FISParseException(END_OF_HEADER);
+	const bool additionalData    = (bits & 0x40) != 0;
+	const bool initialVocabulary = (bits & 0x20) != 0;
+
+	OpenHeaderParts parts;
+	parts.notations               = (bits & 0x10) != 0;
+	parts.unparsedEntities        = (bits & 0x08) != 0;
+	parts.characterEncodingScheme = (bits & 0x04) != 0;
+	parts.standalone              = (bits & 0x02) != 0;
+	parts.version                 = (bits & 0x01) != 0;
+
+	if (additionalData) skipAdditionalData(aReader);
+	// Connected when the document vocabulary lands: decode the initial
+	// vocabulary or reset the vocabulary.
+	(void) vocabulary;
+	(void) pHandler;
+	if (initialVocabulary) throw FISException("Initial vocabulary decoding is not available in this build");
+	return parts;
+}
+
+
+void Decoder::skipAdditionalData(BitStreamReader& aReader)
+{
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	std::string octets;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(1);
+		nonEmptyOctetString(aReader, octets);
+		aReader.skip(1);
+		nonEmptyOctetString(aReader, octets);
+	}
+}
+
+
+void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
+{
+	// On a failed read the bits read as 0; the end of the input is reported
+	// once the value is decoded.
+	unsigned int next = 0;
+	bool ok = true;
+	unsigned int result = 0;
+	val = 0;
+	switch (aReader.bitPos())
+	{
+	case 0:
+		throw FISEncodingException("Illegal bit position 0: Integers can never start there");
+	case 1:
+		ok = aReader.read(val, 7);
+		if (val == 127) result = 0;
+		else if (val < 64) result = val + 1;
+		else if (val < 96)
+		{
+			ok = aReader.read(next, 8) && ok;
+			result = ((val % 32) << 8) + next + 65;
+		}
+		else
+		{
+			// '111xxxx' other than 127 is read as the '110' form.
+			ok = aReader.read(next, 16) && ok;
+			result = ((val % 16) << 16) + next + 8257;
+		}
+		break;
+	case 2:
+		ok = aReader.read(val, 6);
+		if (val < 32) result = val + 1;
+		else if (val < 40)
+		{
+			ok = aReader.read(next, 8) && ok;
+			result = ((val % 8) << 8) + next + 33;
+		}
+		else if (val < 48)
+		{
+			ok = aReader.read(next, 16) && ok;
+			result = ((val % 8) << 16) + next + 2081;
+		}
+		else
+		{
+			poco_assert(val == 48);
+			aReader.skip(4);
+			ok = aReader.read(next, 20) && ok;
+			result = next + 526369;
+		}
+		break;
+	case 3:
+		ok = aReader.read(val, 5);
+		if (val < 16) result = val + 1;
+		else if (val < 20)
+		{
+			ok = aReader.read(next, 8) && ok;
+			result = ((val % 4) << 8) + next + 17;
+		}
+		else if (val < 24)
+		{
+			ok = aReader.read(next, 16) && ok;
+			result = ((val % 4) << 16) + next + 1041;
+		}
+		else
+		{
+			// Any value from 24 up is the long form; the following bits are
+			// not checked.
+			aReader.skip(4);
+			ok = aReader.read(next, 20) && ok;
+			result = next + 263185;
+		}
+		break;
+	case 4:
+	case 6:
+		ok = aReader.read(val, 8);
+		val += 1;
+		if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
+		return;
+	default:
+		throw FISEncodingException("Illegal bit position: No Integers are allowed to be read from pos 5 or 7.");
+	}
+	val = result;
+	if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
+	poco_assert(val <= Encoder::MAXINT20);
+	poco_assert(aReader.bitPos() == 0);
+}
+
+
+void Decoder::nonEmptyOctetString(BitStreamReader& aReader, std::string& octets)
+{
+	unsigned long strLen = 0;
+	nonEmptyStringLength(aReader, strLen);
+	if (!aReader.read(octets, strLen))
+		throw FISParseException("Unexpected end of stream while reading octet string");
+}
+
+
+void Decoder::nonEmptyStringLength(BitStreamReader& aReader, unsigned long& strLen)
+{
+	unsigned int bits = 0;
+	unsigned int next = 0;
+	bool ok = true;
+	strLen = 0;
+	switch (aReader.bitPos())
+	{
+	case 1:
+		ok = aReader.read(bits, 7);
+		if (bits < 64) strLen = bits + 1;
+		else if (bits == 64)
+		{
+			ok = aReader.read(next, 8) && ok;
+			strLen = next + 65ul;
+		}
+		else
+		{
+			ok = aReader.read(next, 32) && ok;
+			strLen = next + 321ul;
+		}
+		break;
+	case 4:
+		ok = aReader.read(bits, 4);
+		if (bits < 8) strLen = bits + 1;
+		else if (bits == 8)
+		{
+			ok = aReader.read(next, 8) && ok;
+			strLen = next + 9ul;
+		}
+		else
+		{
+			ok = aReader.read(next, 32) && ok;
+			strLen = next + 265ul;
+		}
+		break;
+	case 6:
+		ok = aReader.read(bits, 2);
+		if (bits < 2) strLen = bits + 1;
+		else if (bits == 2)
+		{
+			ok = aReader.read(next, 8) && ok;
+			strLen = next + 3ul;
+		}
+		else
+		{
+			ok = aReader.read(next, 32) && ok;
+			strLen = next + 259ul;
+		}
+		break;
+	default:
+		throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
+	}
+	if (!ok) throw FISParseException("Unexpected end of stream while parsing string length");
+	poco_assert(aReader.bitPos() == 0);
+	poco_assert(strLen > 0);
+}
+
+
+void Decoder::lengthOfSequence(BitStreamReader& aReader, unsigned int& length)
+{
+	if (aReader.bitPos() != 0)
+		throw FISEncodingException("Illegal startposition for a lengthOfSequence value");
+	unsigned char first = 0;
+	unsigned int bits = 0;
+	bool ok = aReader.peek(first, 1);
+	if (first == 0)
+	{
+		ok = aReader.read(bits, 8) && ok;
+		length = bits + 1;
+	}
+	else
+	{
+		// The three bits after the leading 1 are not looked at.
+		ok = aReader.read(bits, 24) && ok;
+		length = (bits % 0x100000) + 129;
+	}
+	if (!ok) throw FISParseException("Unexpected end of stream while parsing sequence length");
+	if (length == 0) throw FISEncodingException("Illegal value zero for lengthOfSequence");
+}
+
+
+QualifiedNameEntry Decoder::nameSurrogate(BitStreamReader& aReader)
+{
+	if (aReader.bitPos() != 6)
+		throw FISEncodingException("Illegal startposition for a nameSurrogate value");
+	bool prefixPresent = false;
+	bool namespacePresent = false;
+	bool ok = aReader.read(prefixPresent);
+	ok = aReader.read(namespacePresent) && ok;
+	if (!ok) throw FISParseException("Unexpected end of stream while reading surrogate");
+
+	unsigned int prefixId = 0xFFFFFFFF;
+	unsigned int namespaceId = 0xFFFFFFFF;
+	unsigned int localNameId = 0xFFFFFFFF;
+	if (prefixPresent)
+	{
+		aReader.skip(1);
+		integer(aReader, prefixId);
+	}
+	if (namespacePresent)
+	{
+		aReader.skip(1);
+		integer(aReader, namespaceId);
+	}
+	aReader.skip(1);
+	integer(aReader, localNameId);
+	return QualifiedNameEntry(prefixId, namespaceId, localNameId);
+}
+
+
+} } // namespace Ixor::FastInfoset

@@ -1,0 +1,103 @@
+//
+// TestSupport.h
+//
+// Helpers shared by the tests: hexadecimal octets, bit strings and
+// exception messages.
+//
+
+
+#ifndef FastInfoset_TestSupport_INCLUDED
+#define FastInfoset_TestSupport_INCLUDED
+
+
+#include "Ixor/FastInfoset/FastInfoset.h"
+#include <cctype>
+#include <string>
+#include <typeinfo>
+
+
+namespace TestSupport {
+
+
+inline std::string toHex(const std::string& octets)
+	/// Lower-case hexadecimal, two digits per octet, no separators.
+{
+	static const char DIGITS[] = "0123456789abcdef";
+	std::string hex;
+	for (unsigned char c: octets)
+	{
+		hex += DIGITS[c >> 4];
+		hex += DIGITS[c & 15];
+	}
+	return hex;
+}
+
+
+inline std::string fromHex(const std::string& hex)
+	/// Octets from hexadecimal digits; spaces are ignored.
+{
+	std::string octets;
+	int high = -1;
+	for (char c: hex)
+	{
+		if (c == ' ') continue;
+		int digit = std::isdigit(static_cast<unsigned char>(c)) ? c - '0' : std::tolower(static_cast<unsigned char>(c)) - 'a' + 10;
+		if (high < 0) high = digit;
+		else
+		{
+			octets += static_cast<char>(high * 16 + digit);
+			high = -1;
+		}
+	}
+	return octets;
+}
+
+
+inline std::string fromBits(const std::string& bits)
+	/// Octets from a string of '0' and '1' (other characters ignored); the
+	/// last octet is padded with 0 bits.
+{
+	std::string octets;
+	int count = 0;
+	unsigned char octet = 0;
+	for (char c: bits)
+	{
+		if (c != '0' && c != '1') continue;
+		octet = static_cast<unsigned char>((octet << 1) | (c == '1'));
+		if (++count == 8)
+		{
+			octets += static_cast<char>(octet);
+			count = 0;
+			octet = 0;
+		}
+	}
+	if (count) octets += static_cast<char>(octet << (8 - count));
+	return octets;
+}
+
+
+template <class E, class F>
+std::string messageOf(F f)
+	/// The message of the E that f throws; "no exception" when it throws
+	/// none, and the class name for any other Ixor::Exception.
+{
+	try
+	{
+		f();
+	}
+	catch (const E& exc)
+	{
+		return exc.message();
+	}
+	catch (const Ixor::Exception& exc)
+	{
+		return std::string("unexpected ") + exc.className() + ": " + exc.message();
+	}
+	return "no exception";
+}
+
+
+} // namespace TestSupport
+
+
+#endif // FastInfoset_TestSupport_INCLUDED
