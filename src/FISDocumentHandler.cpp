@@ -1,0 +1,13 @@
+#include "Ixor/FastInfoset/FISDocumentHandler.h"
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+FISDocumentHandler::~FISDocumentHandler()
+{
+}
+
+
+} } // namespace Ixor::FastInfoset
