@@ -1,0 +1,745 @@
+#include "Ixor/FastInfoset/BitStreamReader.h"
+#include "Ixor/FastInfoset/BitStreamWriter.h"
+#include "Ixor/FastInfoset/BoolEncoding.h"
+#include "Ixor/FastInfoset/CDataEncoding.h"
+#include "Ixor/FastInfoset/DWordEncoding.h"
+#include "Ixor/FastInfoset/DecodingAlgorithm.h"
+#include "Ixor/FastInfoset/DoubleEncoding.h"
+#include "Ixor/FastInfoset/EncodingAlgorithm.h"
+#include "Ixor/FastInfoset/FISContentHandler.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FloatEncoding.h"
+#include "Ixor/FastInfoset/HexEncoding.h"
+#include "Ixor/FastInfoset/IntEncoding.h"
+#include "Ixor/FastInfoset/LongEncoding.h"
+#include "Ixor/FastInfoset/NullEncoding.h"
+#include "Ixor/FastInfoset/NullRefEncoding.h"
+#include "Ixor/FastInfoset/ShortEncoding.h"
+#include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "Poco/NumberFormatter.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "TestSupport.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <climits>
+#include <cmath>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <random>
+#include <sstream>
+#include <vector>
+
+
+using namespace Ixor::FastInfoset;
+using namespace TestSupport;
+using testing::HasSubstr;
+
+
+namespace {
+
+
+const EncodingAlgorithm ENCODINGS;
+const DecodingAlgorithm DECODINGS;
+
+
+struct Algorithm
+	/// The per-class functions that the tables do not reach.
+{
+	const char* name;
+	CheckMethod check;
+	void (*decodeText)(BitStreamReader&, std::string&);
+};
+
+
+const Algorithm ALGORITHMS[] =
+{
+	{"",               nullptr,               nullptr},
+	{"HexEncoding",    &HexEncoding::check,    &HexEncoding::decode},
+	{"DWordEncoding",  &DWordEncoding::check,  &DWordEncoding::decode},
+	{"ShortEncoding",  &ShortEncoding::check,  &ShortEncoding::decode},
+	{"IntEncoding",    &IntEncoding::check,    &IntEncoding::decode},
+	{"LongEncoding",   &LongEncoding::check,   &LongEncoding::decode},
+	{"BoolEncoding",   &BoolEncoding::check,   &BoolEncoding::decode},
+	{"FloatEncoding",  &FloatEncoding::check,  &FloatEncoding::decode},
+	{"DoubleEncoding", &DoubleEncoding::check, &DoubleEncoding::decode},
+	{"UUIDEncoding",   &UUIDEncoding::check,   &UUIDEncoding::decode},
+	{"CDataEncoding",  &CDataEncoding::check,  &CDataEncoding::decode},
+};
+
+
+std::string written(const std::function<void(BitStreamWriter&)>& write)
+	/// The octets of one value string written after a 0 bit, as a character
+	/// chunk would place it: the length then starts on the second bit.
+{
+	std::ostringstream out;
+	{
+		BitStreamWriter writer(out, false);
+		writer.write(false);
+		write(writer);
+		writer.complete();
+	}
+	return out.str();
+}
+
+
+struct Source
+	/// The same octets behind a reader over memory or over a stream, after
+	/// prefix filler octets; the reader stands on the second bit of the
+	/// octets.
+{
+	Source(const std::string& octets, bool overStream, std::size_t prefix = 0):
+		data(std::string(prefix, 'x') + octets),
+		stream(data)
+	{
+		if (overStream) pReader.reset(new BitStreamReader(stream));
+		else pReader.reset(new BitStreamReader(data.data(), data.size()));
+		std::string filler;
+		pReader->read(filler, prefix);
+		pReader->skip(1);
+	}
+
+	BitStreamReader& reader() { return *pReader; }
+
+	std::string data;
+	std::istringstream stream;
+	std::unique_ptr<BitStreamReader> pReader;
+};
+
+
+class TypedRecorder: public FISContentHandler
+	/// Records every call as one line: "int 5", "binary 01ab", "characters x".
+{
+public:
+	std::string log() const
+	{
+		std::string joined;
+		for (const std::string& line: lines) joined += (joined.empty() ? "" : "|") + line;
+		return joined;
+	}
+
+	void setDocumentLocator(const Ixor::XML::Locator*) override {}
+	void startDocument() override {}
+	void endDocument() override {}
+	void startElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::Attributes&) override {}
+	void endElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
+	void characters(const Ixor::XML::XMLChar ch[], int start, int length) override { lines.push_back("characters " + std::string(ch + start, length)); }
+	void ignorableWhitespace(const Ixor::XML::XMLChar[], int, int) override {}
+	void processingInstruction(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
+	void startPrefixMapping(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
+	void endPrefixMapping(const Ixor::XML::XMLString&) override {}
+	void skippedEntity(const Ixor::XML::XMLString&) override {}
+
+	void binaryData(const char* data, std::size_t length) override { lines.push_back("binary " + toHex(std::string(data, length))); }
+	void encodedData(short value) override { lines.push_back("short " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(int value) override { lines.push_back("int " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(long value) override { lines.push_back("long " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(bool value) override { lines.push_back(value ? "bool true" : "bool false"); }
+	void encodedData(float value) override { lines.push_back("float " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(double value) override { lines.push_back("double " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(const Ixor::UUID& value) override { lines.push_back("uuid " + value.toString()); }
+
+	std::vector<std::string> lines;
+};
+
+
+class TextRecorder: public Ixor::XML::DefaultHandler
+	/// A plain SAX handler that keeps the characters it is given.
+{
+public:
+	void characters(const Ixor::XML::XMLChar ch[], int start, int length) override
+	{
+		text.append(ch + start, length);
+		++calls;
+	}
+
+	std::string text;
+	int calls = 0;
+};
+
+
+std::string textOf(const Encoding& encoding)
+	/// What a plain SAX handler receives.
+{
+	TextRecorder recorder;
+	encoding.handle(static_cast<Ixor::XML::ContentHandler*>(&recorder));
+	EXPECT_EQ(1, recorder.calls);
+	return recorder.text;
+}
+
+
+std::string typedOf(const Encoding& encoding)
+	/// What a typed-data handler receives.
+{
+	TypedRecorder recorder;
+	encoding.handle(&recorder);
+	return recorder.log();
+}
+
+
+} // namespace
+
+
+//
+// Text, values and octets
+//
+struct RoundTripCase
+{
+	unsigned int index;
+	const char* text;
+	const char* octets;    // the length (after a 0 bit) and the value octets
+	Ixor::Int32 check;
+	const char* textBack;
+	const char* typed;
+};
+
+
+const RoundTripCase ROUND_TRIP_CASES[] =
+{
+	{3, "0",                    "01 0000",                 2, "0", "short 0"},
+	{3, "32767 -32768 1",       "05 7fff 8000 0001",       6, "32767 -32768 1", "short 32767|short -32768|short 1"},
+	{4, "1 2 3",                "0b 00000001 00000002 00000003", 12, "1 2 3", "int 1|int 2|int 3"},
+	{4, "2147483647 -2147483648", "07 7fffffff 80000000", 8, "2147483647 -2147483648", "int 2147483647|int -2147483648"},
+	{5, "9223372036854775807 -9223372036854775808", "0f 7fffffffffffffff 8000000000000000", 16,
+		"9223372036854775807 -9223372036854775808", "long 9223372036854775807|long -9223372036854775808"},
+	{5, "2147483648",           "07 0000000080000000",     8, "2147483648", "long 2147483648"},
+	{5, "-5159102565782383544", "07 b8672f8ceebc1448",     8, "-5159102565782383544", "long -5159102565782383544"},
+	// booleans: 4-bit unused count, the bits, 0 padding
+	{6, "true false true",      "00 1a",                   1, "true false true", "bool true|bool false|bool true"},   // 0001|101|0
+	{6, "true true true true true", "01 7f 80",            1, "true true true true true",                              // 0111|1111 1|000 0000
+		"bool true|bool true|bool true|bool true|bool true"},
+	{6, "false",                "00 30",                   1, "false", "bool false"},                                  // 0011|0|000
+	{6, "true true true true true true true true true true true true", "01 0f ff", 2,                                  // 0000|1111 1111 1111
+		"true true true true true true true true true true true true",
+		"bool true|bool true|bool true|bool true|bool true|bool true|bool true|bool true|bool true|bool true|bool true|bool true"},
+	{7, "1.5 1e-30",            "07 3fc00000 0da24260",    8, "1.5 1e-30", "float 1.5|float 1e-30"},
+	// the float range bounds come back in the shorter single-precision form
+	{7, "3.4028234663852886e+38", "03 7f7fffff",           4, "3.4028235e+38", "float 3.4028235e+38"},
+	{7, "1.1754943508222875e-38", "03 00800000",           4, "1.1754944e-38", "float 1.1754944e-38"},
+	{8, "1.5 -1.5 0",           "17 3ff8000000000000 bff8000000000000 0000000000000000", 24, "1.5 -1.5 0",
+		"double 1.5|double -1.5|double 0"},
+	{8, "1.7976931348623157e+308 5e-324", "0f 7fefffffffffffff 0000000000000001", 16, "1.7976931348623157e+308 5e-324",
+		"double 1.7976931348623157e+308|double 5e-324"},
+	{9, "6ba7b810-9dad-11d1-80b4-00c04fd430c8", "0f 6ba7b8109dad11d180b400c04fd430c8", 16,
+		"6BA7B810-9DAD-11D1-80B4-00C04FD430C8", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8"},
+	{9, "6BA7B810-9DAD-11D1-80B4-00C04FD430C8 00000000-0000-0000-0000-000000000001",
+		"1f 6ba7b8109dad11d180b400c04fd430c8 00000000000000000000000000000001", 32,
+		"6BA7B810-9DAD-11D1-80B4-00C04FD430C8 00000000-0000-0000-0000-000000000001",
+		"uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8|uuid 00000000-0000-0000-0000-000000000001"},
+	{1, "01ab",                 "01 01ab",                 2, "01AB", "binary 01ab"},
+	{2, "AAEC",                 "02 000102",               3, "AAEC", "binary 000102"},
+	{2, "AQ==",                 "00 01",                   1, "AQ==", "binary 01"},
+	{10, "a]]>b",               "04 615d5d3e62",           5, "a]]>b", "characters a]]>b"},
+};
+
+
+TEST(EncodingTest, TextValuesOctetsRoundTrip)
+{
+	for (const RoundTripCase& c: ROUND_TRIP_CASES)
+	{
+		SCOPED_TRACE(testing::Message() << c.index << " '" << c.text << "'");
+		const Algorithm& algorithm = ALGORITHMS[c.index];
+		EXPECT_EQ(c.check, algorithm.check(c.text));
+		const std::string octets = written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
+		EXPECT_EQ(toHex(fromHex(c.octets)), toHex(octets));
+
+		for (bool overStream: {false, true})
+		{
+			// Slide the string across the stream reader's refill boundary.
+			for (std::size_t prefix: {0, 1020, 1023})
+			{
+				SCOPED_TRACE(testing::Message() << "stream=" << overStream << " prefix=" << prefix);
+				Source typed(octets, overStream, prefix);
+				Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), typed.reader());
+				EXPECT_EQ(prefix + octets.size(), typed.reader().octetsConsumed());
+				EXPECT_EQ(c.index, pValue->type());
+				EXPECT_EQ(c.textBack, textOf(*pValue));
+				EXPECT_EQ(c.typed, typedOf(*pValue));
+
+				Source text(octets, overStream, prefix);
+				std::string back = "stale";
+				algorithm.decodeText(text.reader(), back);
+				EXPECT_EQ(c.textBack, back);
+				EXPECT_EQ(prefix + octets.size(), text.reader().octetsConsumed());
+			}
+		}
+	}
+}
+
+
+template <class E, class T>
+void checkRandomValues(const std::vector<T>& values, bool textRoundTrip = true)
+	/// Values -> octets -> values, and values -> text -> values.
+{
+	Ixor::AutoPtr<E> pValue(new E(values));
+	const std::string octets = written([&](BitStreamWriter& w) { pValue->write(w); });
+	for (bool overStream: {false, true})
+	{
+		Source source(octets, overStream);
+		std::vector<T> back;
+		E::decode(source.reader(), back);
+		ASSERT_EQ(values.size(), back.size());
+		EXPECT_EQ(0, std::memcmp(values.data(), back.data(), values.size()*sizeof(T)));
+	}
+	if (!textRoundTrip) return;
+	pValue->createContent();
+	std::vector<T> parsed;
+	E::parse(pValue->content(), parsed);
+	EXPECT_TRUE(values == parsed);
+}
+
+
+TEST(EncodingTest, RandomValuesRoundTrip)
+{
+	// Long lists cross the stream reader's buffer, so they are read through
+	// the copying path as well as in place.
+	std::mt19937 random(20250611);
+	std::vector<short> shorts;
+	std::vector<int> ints;
+	std::vector<long> longs;
+	std::vector<float> floats;
+	std::vector<float> anyFloats;
+	std::vector<double> doubles;
+	std::vector<bool> bools;
+	std::uniform_real_distribution<double> exponent(-37.0, 38.0);
+	for (int i = 0; i < 2000; ++i)
+	{
+		const Ixor::UInt64 bits = (Ixor::UInt64(random()) << 32) | random();
+		shorts.push_back(static_cast<short>(bits));
+		ints.push_back(static_cast<int>(bits));
+		longs.push_back(static_cast<long>(bits));
+		floats.push_back(static_cast<float>(std::pow(10.0, exponent(random)) * (1.0 + (bits % 1000) / 1000.0)));
+		float f;
+		Ixor::UInt32 fbits = static_cast<Ixor::UInt32>(bits);
+		std::memcpy(&f, &fbits, sizeof f);
+		if (f == f) anyFloats.push_back(f);   // NaN has no stable comparison
+		double d;
+		std::memcpy(&d, &bits, sizeof d);
+		if (d == d) doubles.push_back(d);
+		bools.push_back(bits & 1);
+	}
+	checkRandomValues<ShortEncoding>(shorts);
+	checkRandomValues<IntEncoding>(ints);
+	checkRandomValues<LongEncoding>(longs);
+	// Float text is written in the single-precision form but read back
+	// through the double one, which often differs (see below).
+	checkRandomValues<FloatEncoding>(floats, false);
+	checkRandomValues<DoubleEncoding>(doubles);
+
+	Ixor::AutoPtr<FloatEncoding> pFloats(new FloatEncoding(anyFloats));
+	const std::string octets = written([&](BitStreamWriter& w) { pFloats->write(w); });
+	Source source(octets, true);
+	std::vector<float> back;
+	FloatEncoding::decode(source.reader(), back);
+	ASSERT_EQ(anyFloats.size(), back.size());
+	EXPECT_EQ(0, std::memcmp(anyFloats.data(), back.data(), back.size()*sizeof(float)));
+
+	for (std::size_t count: {1, 3, 4, 5, 12, 13, 2000})
+	{
+		SCOPED_TRACE(count);
+		std::vector<bool> some(bools.begin(), bools.begin() + count);
+		Ixor::AutoPtr<BoolEncoding> pValue(new BoolEncoding(some));
+		const std::string boolOctets = written([&](BitStreamWriter& w) { pValue->write(w); });
+		Source boolSource(boolOctets, true);
+		std::vector<bool> boolBack;
+		BoolEncoding::decode(boolSource.reader(), boolBack);
+		EXPECT_TRUE(some == boolBack);
+		EXPECT_EQ(boolOctets.size(), boolSource.reader().octetsConsumed());
+	}
+}
+
+
+TEST(EncodingTest, FloatValuesThatTheTextFormRefusesAreWritten)
+{
+	// Zero and negative floats are typed values only: their text is refused.
+	Ixor::AutoPtr<FloatEncoding> pValue(new FloatEncoding(std::vector<float>{0.0f, -1.5f}));
+	EXPECT_EQ(toHex(fromHex("07 00000000 bfc00000")), toHex(written([&](BitStreamWriter& w) { pValue->write(w); })));
+	pValue->createContent();
+	EXPECT_EQ("0 -1.5", pValue->content());
+	EXPECT_EQ(0, FloatEncoding::check("0 -1.5"));
+	EXPECT_EQ(16, DoubleEncoding::check("0 -1.5"));
+
+	// The text of a float uses the single-precision form, which the float
+	// parser (testing against the double form) need not accept again.
+	Ixor::AutoPtr<FloatEncoding> pLarge(new FloatEncoding(3275073.5f));
+	pLarge->createContent();
+	EXPECT_EQ("3.2750735e+6", pLarge->content());
+	EXPECT_EQ(0, FloatEncoding::check("3.2750735e+6"));
+	EXPECT_EQ(4, FloatEncoding::check("3275073.5"));
+}
+
+
+struct RefusedCase { unsigned int index; const char* text; Ixor::Int32 check; const char* message; };
+
+const RefusedCase REFUSED_CASES[] =
+{
+	{3, "1  2", 0, "Illegal value string for ShortEncoding"},     // two spaces
+	{3, " 1",   0, "Illegal value string for ShortEncoding"},     // leading space
+	{3, "1 ",   0, "Illegal value string for ShortEncoding"},     // trailing space
+	{3, "+1",   0, "Illegal value string for ShortEncoding"},
+	{3, "01",   0, "Illegal value string for ShortEncoding"},
+	{3, "-0",   0, "Illegal value string for ShortEncoding"},
+	{3, "1\t2", 0, "Illegal value string for ShortEncoding"},
+	{3, "32768", 0, "Illegal value string for ShortEncoding"},
+	{3, "-32769", 0, "Illegal value string for ShortEncoding"},
+	{3, "",     0, "Illegal (empty) data for ShortEncoding"},
+	{4, "1  2", 0, "Illegal value string for IntEncoding"},
+	{4, " 1",   0, "Illegal value string for IntEncoding"},
+	{4, "+1",   0, "Illegal value string for IntEncoding"},
+	{4, "01",   0, "Illegal value string for IntEncoding"},
+	{4, "-0",   0, "Illegal value string for IntEncoding"},
+	{4, "1\t2", 0, "Illegal value string for IntEncoding"},
+	{4, "1,000", 0, "Illegal value string for IntEncoding"},
+	{4, "2147483648", 0, "Illegal value string for IntEncoding"},
+	{4, "",     0, "Illegal (empty) data for IntEncoding"},
+	{5, "1  2", 0, "Illegal value string for LongEncoding"},
+	{5, " 1",   0, "Illegal value string for LongEncoding"},
+	{5, "+1",   0, "Illegal value string for LongEncoding"},
+	{5, "01",   0, "Illegal value string for LongEncoding"},
+	{5, "-0",   0, "Illegal value string for LongEncoding"},
+	{5, "1\t2", 0, "Illegal value string for LongEncoding"},
+	{5, "9223372036854775808", 0, "Illegal value string for LongEncoding"},
+	{5, "",     0, "Illegal (empty) data for LongEncoding"},
+	{6, "True", 0, "Illegal value string for BoolEncoding"},
+	{6, "true  false", 0, "Illegal value string for BoolEncoding"},
+	{6, "1",    0, "Illegal value string for BoolEncoding"},
+	{6, "",     0, "Illegal (empty) data for BoolEncoding"},
+	{7, "0",    0, "Illegal value string for FloatEncoding"},
+	{7, "-1.5", 0, "Illegal value string for FloatEncoding"},
+	{7, "1e-39", 0, "Illegal value string for FloatEncoding"},            // subnormal
+	{7, "3.4028235e+38", 0, "Illegal value string for FloatEncoding"},    // just above the largest float
+	{7, "1.50", 0, "Illegal value string for FloatEncoding"},
+	{7, "",     0, "Illegal (empty) data for FloatEncoding"},
+	{8, "1.50", 0, "Illegal value string for DoubleEncoding"},
+	{8, "-0",   0, "Illegal value string for DoubleEncoding"},
+	{8, "1e5",  0, "Illegal value string for DoubleEncoding"},
+	{8, "1.5  2", 0, "Illegal value string for DoubleEncoding"},
+	{8, "",     0, "Illegal (empty) data for DoubleEncoding"},
+	{9, "6ba7b810-9dad-11d1-80b4", 0, "Illegal value string for UUIDEncoding"},
+	{9, "6ba7b810-9dad-11d1-80b4-00c04fd430c8  6ba7b810-9dad-11d1-80b4-00c04fd430c8", 0, "Illegal value string for UUIDEncoding"},
+	{9, "",     0, "Illegal (empty) data for UUIDEncoding"},
+	{1, "0G",   -1, "Invalid hex-encoded data"},
+	{1, "01A",  -1, "Invalid hex-encoded data"},                           // a missing last digit
+	{1, "",     -1, "Zero-length data for hex encoding"},
+	{1, "  ",   0, "Zero-length data for hex encoding"},                   // white space yields no octets
+	{2, "AA*C", -1, "Invalid base64-encoded data"},
+	{2, "AAE",  -1, "Invalid base64-encoded data"},
+	{2, "",     -1, "Zero-length data for dword encoding"},
+	{10, "",    0, "Illegal empty string for CDataEncoding"},
+};
+
+
+TEST(EncodingTest, RefusedTexts)
+{
+	for (const RefusedCase& c: REFUSED_CASES)
+	{
+		SCOPED_TRACE(testing::Message() << c.index << " '" << c.text << "'");
+		EXPECT_EQ(c.check, ALGORITHMS[c.index].check(c.text));
+		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&]
+		{
+			written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
+		}));
+	}
+}
+
+
+TEST(EncodingTest, ConstructorsRefuseEmptyData)
+{
+	const std::vector<std::pair<std::function<Encoding*()>, const char*>> cases =
+	{
+		{[] { return new ShortEncoding(std::vector<short>()); },       "Illegal (empty) data for ShortEncoding"},
+		{[] { return new IntEncoding(std::vector<int>()); },           "Illegal (empty) data for IntEncoding"},
+		{[] { return new LongEncoding(std::vector<long>()); },         "Illegal (empty) data for LongEncoding"},
+		{[] { return new BoolEncoding(std::vector<bool>()); },         "Illegal (empty) data for BoolEncoding"},
+		{[] { return new FloatEncoding(std::vector<float>()); },       "Illegal (empty) data for FloatEncoding"},
+		{[] { return new DoubleEncoding(std::vector<double>()); },     "Illegal (empty) data for DoubleEncoding"},
+		{[] { return new UUIDEncoding(std::vector<Ixor::UUID>()); },   "Illegal (empty) data for UUIDEncoding"},
+		{[] { return new HexEncoding("ab", 0); },                      "Zero-length data for hex encoding"},
+		{[] { return new DWordEncoding("ab", 0); },                    "Zero-length data for dword encoding"},
+		{[] { return new NullEncoding(std::string()); },               "Illegal empty string for NullEncoding"},
+		{[] { return new NullEncoding("ab", 0); },                     "Illegal empty string for NullEncoding"},
+		{[] { return new NullEncoding("ab", -1); },                    "Illegal empty string for NullEncoding"},
+		{[] { return new CDataEncoding("ab", 0); },                    "Illegal empty string for CDataEncoding"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.second);
+		EXPECT_EQ(c.second, messageOf<FISEncodingException>([&] { Encoding::Ptr p(c.first()); }));
+	}
+}
+
+
+TEST(EncodingTest, WritingNoDataIsAProgrammingError)
+{
+	Encoding::Ptr pNull(new NullEncoding);
+	Encoding::Ptr pHex(new HexEncoding);
+	Encoding::Ptr pBase64(new DWordEncoding);
+	std::string empty;
+	Encoding::Ptr pRef(new NullRefEncoding(empty));
+	const std::vector<std::pair<std::function<void(BitStreamWriter&)>, const char*>> cases =
+	{
+		{[&](BitStreamWriter& w) { pNull->write(w); },   "!_content.empty()"},
+		{[&](BitStreamWriter& w) { pHex->write(w); },    "!_content.empty()"},
+		{[&](BitStreamWriter& w) { pBase64->write(w); }, "!_content.empty()"},
+		{[&](BitStreamWriter& w) { pRef->write(w); },    "_data && !_data->empty()"},
+		{[&](BitStreamWriter& w) { NullEncoding::encode(w, ""); }, "!str.empty()"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.second);
+		EXPECT_THAT(messageOf<Ixor::AssertionViolationException>([&] { written(c.first); }), HasSubstr(c.second));
+	}
+}
+
+
+//
+// Decoding failures
+//
+struct SizeCase { unsigned int index; const char* octets; const char* message; };
+
+const SizeCase SIZE_CASES[] =
+{
+	{3, "04 0001000200",                     "Illegal size entry for Ixor::Int16 value"},
+	{4, "05 000000010000",                   "Illegal size entry for Ixor::Int32 value"},
+	{5, "0b 000000000000000100000000",       "Illegal size entry for Ixor::Int64 value"},
+	{7, "05 3fc000003fc0",                   "Illegal size entry for float value"},
+	{8, "0b 3ff80000000000003ff80000",       "Illegal size entry for double value"},
+	{9, "11 6ba7b8109dad11d180b400c04fd430c80000", "Illegal size entry for Ixor::UUID value"},
+};
+
+
+TEST(EncodingTest, LengthsThatAreNotAMultipleOfTheWidth)
+{
+	for (const SizeCase& c: SIZE_CASES)
+	{
+		SCOPED_TRACE(c.index);
+		const std::string octets = fromHex(c.octets);
+		Source typed(octets, false);
+		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&] { DECODINGS.read(static_cast<int>(c.index), typed.reader()); }));
+
+		// The decoder to text of 32-bit integers alone reports the size as
+		// FISException.
+		Source text(octets, false);
+		std::string back;
+		try
+		{
+			ALGORITHMS[c.index].decodeText(text.reader(), back);
+			ADD_FAILURE() << "no exception";
+		}
+		catch (const FISException& exc)
+		{
+			EXPECT_EQ(c.message, exc.message());
+			EXPECT_EQ(c.index != 4, dynamic_cast<const FISEncodingException*>(&exc) != nullptr);
+		}
+		EXPECT_EQ("", back);
+	}
+}
+
+
+TEST(EncodingTest, BooleanUnusedBitCounts)
+{
+	struct { const char* octets; const char* typed; const char* text; } cases[] =
+	{
+		{"00 50",    "Illegal unused bit count for boolean value", nullptr},   // 5 unused + 4 > 8 bits
+		{"00 f0",    "Illegal unused bit count for boolean value", nullptr},
+		{"01 f0 00", "Illegal unused bit count for boolean value", nullptr},   // 15 + 4 > 16
+		{"00 40",    "Illegal (empty) data for BoolEncoding",      ""},        // no values at all
+		{"01 c0 00", "Illegal (empty) data for BoolEncoding",      ""},
+		{"01 87 80", "no exception", "false true true true"},                  // a count above 7 is read as it stands
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.octets);
+		const std::string octets = fromHex(c.octets);
+		Source typed(octets, false);
+		EXPECT_EQ(c.typed, messageOf<FISEncodingException>([&] { DECODINGS.read(6, typed.reader()); }));
+		Source text(octets, false);
+		std::string back;
+		const std::string message = messageOf<FISEncodingException>([&] { BoolEncoding::decode(text.reader(), back); });
+		if (c.text) EXPECT_EQ(c.text, back);
+		else EXPECT_EQ(c.typed, message);
+	}
+}
+
+
+TEST(EncodingTest, LengthBeyondTheInputFailsWithoutAllocating)
+{
+	// The length claims 2^32 + 320 octets, a multiple of every value width;
+	// four octets follow.
+	const std::string octets = fromHex("60 ffffffff 00010203");
+	for (unsigned int index = 1; index <= 10; ++index)
+	{
+		for (bool overStream: {false, true})
+		{
+			SCOPED_TRACE(testing::Message() << index << " stream=" << overStream);
+			Source typed(octets, overStream);
+			EXPECT_THAT(messageOf<FISParseException>([&] { DECODINGS.read(static_cast<int>(index), typed.reader()); }),
+				HasSubstr("Unexpected end of stream"));
+			Source text(octets, overStream);
+			std::string back;
+			EXPECT_THAT(messageOf<FISParseException>([&] { ALGORITHMS[index].decodeText(text.reader(), back); }),
+				HasSubstr("Unexpected end of stream"));
+		}
+	}
+}
+
+
+TEST(EncodingTest, IndexesWithoutAnAlgorithm)
+{
+	for (unsigned int index: {0u, 11u, 20u, 31u, 32u, 1000u, UINT_MAX})
+	{
+		SCOPED_TRACE(index);
+		std::ostringstream out;
+		BitStreamWriter writer(out, false);
+		writer.write(false);
+		EXPECT_EQ("Invalid encoding defined", messageOf<FISException>([&] { ENCODINGS.encode(index, writer, "1"); }));
+		EXPECT_EQ(1, writer.bitPos());
+	}
+	const std::string octets = fromHex("00 31");
+	for (int index: {-1, 0, 11, 20, 31, 32, 1000, INT_MAX})
+	{
+		SCOPED_TRACE(index);
+		Source source(octets, false);
+		EXPECT_EQ("Invalid decoding defined", messageOf<FISException>([&] { DECODINGS.read(index, source.reader()); }));
+		EXPECT_EQ(1, source.reader().bitPos());
+		EXPECT_EQ(0u, source.reader().octetsConsumed());
+	}
+}
+
+
+//
+// Choosing an algorithm
+//
+TEST(EncodingTest, FindEncodingTakesTheFewestOctets)
+{
+	struct { const char* text; unsigned int index; } cases[] =
+	{
+		{"",            0},
+		{"hello world", 10},    // only CDATA takes it
+		{"1.5",         10},    // 3 text octets beat a 4-octet float
+		{"1234",        1},     // hexadecimal and short both take 2 octets: the lower index wins
+		{"-1",          3},     // short and CDATA both take 2 octets
+		{"12345678",    1},     // hexadecimal, int and float tie at 4
+		{"AAECAwQF",    2},     // base64: 6 octets
+		{"true false",  6},
+		{"6ba7b810-9dad-11d1-80b4-00c04fd430c8", 9},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.text);
+		EXPECT_EQ(c.index, ENCODINGS.findEncoding(c.text));
+	}
+}
+
+
+//
+// Merging
+//
+TEST(EncodingTest, MergeAppendsValuesOfTheSameAlgorithmOnly)
+{
+	typedef std::function<Encoding*()> Make;
+	std::string cd("cd");
+	struct Case { Make first; Make second; bool merged; const char* text; };
+	const Case cases[] =
+	{
+		{[] { return new IntEncoding(1); },     [] { return new IntEncoding(2); },      true,  "1 2"},
+		{[] { return new IntEncoding(1); },     [] { return new LongEncoding(2L); },    false, "1"},
+		{[] { return new ShortEncoding(short(1)); }, [] { return new IntEncoding(1); }, false, "1"},
+		{[] { return new LongEncoding(-5L); },  [] { return new LongEncoding(std::vector<long>{6, 7}); }, true, "-5 6 7"},
+		{[] { return new BoolEncoding(true); }, [] { return new BoolEncoding(false); }, true,  "true false"},
+		{[] { return new FloatEncoding(1.5f); }, [] { return new FloatEncoding(2.0f); }, true, "1.5 2"},
+		{[] { return new DoubleEncoding(1.5); }, [] { return new FloatEncoding(2.0f); }, false, "1.5"},
+		{[] { return new UUIDEncoding(Ixor::UUID("6ba7b810-9dad-11d1-80b4-00c04fd430c8")); },
+		 [] { return new UUIDEncoding(std::string("00000000-0000-0000-0000-000000000001")); }, true,
+		 "6BA7B810-9DAD-11D1-80B4-00C04FD430C8 00000000-0000-0000-0000-000000000001"},
+		{[] { return new HexEncoding("\x01", 1); }, [] { return new HexEncoding(std::string("ab")); }, true, "01AB"},
+		{[] { return new HexEncoding("\x01", 1); }, [] { return new DWordEncoding("\x01", 1); }, false, "01"},
+		{[] { return new DWordEncoding("\x00\x01", 2); }, [] { return new DWordEncoding("\x02", 1); }, true, "AAEC"},
+		{[] { return new CDataEncoding("a", 1); }, [] { return new CDataEncoding("b", 1); }, true, "ab"},
+		{[] { return new CDataEncoding("a", 1); }, [] { return new NullEncoding("b", 1); }, false, "a"},
+		{[] { return new NullEncoding("ab", 2); }, [] { return new NullEncoding("cd", 2); }, true, "abcd"},
+		{[] { return new NullEncoding("ab", 2); }, [&] { return new NullRefEncoding(cd); }, true, "abcd"},
+		{[] { return new NullEncoding("ab", 2); }, [] { return new IntEncoding(1); },   false, "ab"},
+	};
+	for (const Case& c: cases)
+	{
+		SCOPED_TRACE(c.text);
+		Encoding::Ptr pFirst(c.first());
+		Encoding::Ptr pSecond(c.second());
+		EXPECT_EQ(c.merged, pFirst->merge(*pSecond));
+		pFirst->createContent();
+		EXPECT_EQ(c.text, textOf(*pFirst));
+	}
+
+	Encoding::Ptr pSelf(new IntEncoding(std::vector<int>{1, 2}));
+	EXPECT_TRUE(pSelf->merge(*pSelf));
+	pSelf->createContent();
+	EXPECT_EQ("1 2 1 2", pSelf->content());
+}
+
+
+TEST(EncodingTest, NullRefEncodingReportsAndIsImmutable)
+{
+	std::string first("first");
+	std::string second("second");
+	NullRefEncoding::Ptr pRef(new NullRefEncoding(first));
+	EXPECT_EQ("characters first", typedOf(*pRef));
+	pRef->reset(second);
+	EXPECT_EQ("second", textOf(*pRef));
+	EXPECT_EQ(toHex(fromHex("05 7365636f6e64")), toHex(written([&](BitStreamWriter& w) { pRef->write(w); })));
+	EXPECT_EQ(0u, pRef->type());
+
+	Encoding::Ptr pOther(new NullEncoding("x", 1));
+	EXPECT_EQ("NullRefEncoding is immutable", messageOf<Ixor::InvalidAccessException>([&] { pRef->merge(*pOther); }));
+	EXPECT_EQ("NullRefEncoding is immutable", messageOf<Ixor::InvalidAccessException>([&] { pRef->content(); }));
+	EXPECT_EQ("second", static_cast<const NullRefEncoding&>(*pRef).content());
+}
+
+
+//
+// Delivery to handlers
+//
+TEST(EncodingTest, PlainStringsAndCDataAreCharactersForEveryHandler)
+{
+	std::string indexed("indexed");
+	const std::vector<std::pair<Encoding::Ptr, const char*>> cases =
+	{
+		{new NullEncoding(std::string("plain")),   "plain"},
+		{new NullRefEncoding(indexed),             "indexed"},
+		{new CDataEncoding(std::string("a<b")),    "a<b"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.second);
+		EXPECT_EQ(std::string("characters ") + c.second, typedOf(*c.first));
+		EXPECT_EQ(c.second, textOf(*c.first));
+	}
+}
+
+
+TEST(EncodingTest, NullHandlersAreIgnored)
+{
+	const std::vector<Encoding::Ptr> values =
+	{
+		new NullEncoding(std::string("a")), new CDataEncoding(std::string("a")), new HexEncoding("a", 1),
+		new DWordEncoding("a", 1), new ShortEncoding(short(1)), new IntEncoding(1), new LongEncoding(1L),
+		new BoolEncoding(true), new FloatEncoding(1.0f), new DoubleEncoding(1.0), new UUIDEncoding(Ixor::UUID()),
+	};
+	for (const Encoding::Ptr& pValue: values)
+	{
+		pValue->handle(static_cast<Ixor::XML::ContentHandler*>(nullptr));
+		pValue->handle(static_cast<FISContentHandler*>(nullptr));
+	}
+}
+
+
+TEST(EncodingTest, Base64TextHasNoLineBreaks)
+{
+	const std::string data(300, '\xfe');
+	Encoding::Ptr pValue(new DWordEncoding(data.data(), data.size()));
+	const std::string text = textOf(*pValue);
+	EXPECT_EQ(400u, text.size());
+	EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
+	EXPECT_EQ("binary " + toHex(data), typedOf(*pValue));
+}
