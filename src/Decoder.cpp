@@ -1,7 +1,10 @@
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
+#include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Ixor/FastInfoset/Encoder.h"
+#include "Ixor/FastInfoset/Encoding.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/StringDecoder.h"
 
 
 namespace Ixor {
@@ -61,11 +64,8 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 	parts.version                 = (bits & 0x01) != 0;
 
 	if (additionalData) skipAdditionalData(aReader);
-	// Connected when the document vocabulary lands: decode the initial
-	// vocabulary or reset the vocabulary.
-	(void) vocabulary;
-	(void) pHandler;
-	if (initialVocabulary) throw FISException("Initial vocabulary decoding is not available in this build");
+	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler);
+	else vocabulary.reset();
 	return parts;
 }
 
@@ -289,6 +289,159 @@ QualifiedNameEntry Decoder::nameSurrogate(BitStreamReader& aReader)
 	aReader.skip(1);
 	integer(aReader, localNameId);
 	return QualifiedNameEntry(prefixId, namespaceId, localNameId);
+}
+
+
+void Decoder::encodedCharacterString(BitStreamReader& aReader, std::string& text, DocumentVocabulary& vocabulary)
+{
+	unsigned char enc = 0;
+	if (!aReader.read(enc, 2)) throw FISParseException("Unexpected end of stream while parsing encoded character string");
+	unsigned int index = 0;
+	if (enc == DocumentVocabulary::RESTRICTEDALPHABET || enc == DocumentVocabulary::ENCODINGALGORITHM)
+	{
+		// An extra 8-bit integer comes first for these two; it is read and
+		// dropped, as documents of this format carry it.
+		integer(aReader, index);
+	}
+	std::string octets;
+	switch (enc)
+	{
+	case DocumentVocabulary::UTF8:
+		nonEmptyOctetString(aReader, text);
+		break;
+	case DocumentVocabulary::UTF16:
+		nonEmptyOctetString(aReader, octets);
+		StringDecoder::decodeUTF16(octets, text);
+		break;
+	case DocumentVocabulary::RESTRICTEDALPHABET:
+		integer(aReader, index);
+		nonEmptyOctetString(aReader, octets);
+		StringDecoder::decodeAlphabet(octets, vocabulary.restrictedAlphabets().alphabet(index), text);
+		break;
+	default:
+		{
+			poco_assert(enc == DocumentVocabulary::ENCODINGALGORITHM);
+			integer(aReader, index);
+			Ixor::AutoPtr<Encoding> pEncoding = vocabulary.decodings().read(static_cast<int>(index), aReader);
+			poco_check_ptr(pEncoding.get());
+			text = pEncoding->content();
+		}
+		break;
+	}
+}
+
+
+void Decoder::skipEncodingAlgos(BitStreamReader& aReader, DocumentVocabulary& /*vocabulary*/)
+{
+	// Algorithms named by URI cannot be registered: their URIs are dropped.
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	std::string uri;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(1);
+		nonEmptyOctetString(aReader, uri);
+	}
+}
+
+
+void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
+{
+	aReader.skip(3);
+	unsigned int flags = 0;
+	if (!aReader.read(flags, 13)) throw FISParseException("Unexpected end of stream while parsing initial vocabulary");
+	if (flags == 0) throw FISException("Initial Vocabulary detected with zero information in it - at least one dictionary required");
+
+	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler);
+	else vocabulary.reset();
+
+	if (flags & 0x0800) handleRestrictedAlphabet(aReader, vocabulary);
+	if (flags & 0x0400) skipEncodingAlgos(aReader, vocabulary);
+	if (flags & 0x0200) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::PREFIX));
+	if (flags & 0x0100) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::NAMESPACE_NAME));
+	if (flags & 0x0080) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME));
+	if (flags & 0x0040) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_NCNAME));
+	if (flags & 0x0020) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_URI));
+	// The stream carries content character chunks before other strings,
+	// although their table identifiers are the other way round.
+	if (flags & 0x0010) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::ATTRIBUTE_VALUE), vocabulary);
+	if (flags & 0x0008) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::CONTENT_CHARACTER_CHUNK), vocabulary);
+	if (flags & 0x0004) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_STRING), vocabulary);
+	if (flags & 0x0002) handleNameSurrogatesVoc(aReader, vocabulary.elementVocabulary());
+	if (flags & 0x0001) handleNameSurrogatesVoc(aReader, vocabulary.attributeVocabulary());
+}
+
+
+void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* /*pHandler*/)
+{
+	aReader.skip(1);
+	std::string uri;
+	nonEmptyOctetString(aReader, uri);
+	// The vocabulary that already carries this URI is kept as it is: that is
+	// how an application supplies an external vocabulary in advance.
+	if (uri == vocabulary.getURI()) return;
+	throw FISException("External vocabularies cannot be loaded in this build", uri);
+}
+
+
+void Decoder::handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary)
+{
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	std::string characters;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(1);
+		nonEmptyOctetString(aReader, characters);
+		vocabulary.restrictedAlphabets().add(characters);
+	}
+}
+
+
+void Decoder::handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>* pTable)
+{
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	std::string value;
+	bool existed = false;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(1);
+		nonEmptyOctetString(aReader, value);
+		pTable->index(value, existed);
+		poco_assert(!existed);
+	}
+}
+
+
+void Decoder::handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabulary<std::string>* pTable, DocumentVocabulary& vocabulary)
+{
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	std::string value;
+	bool existed = false;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(2);
+		encodedCharacterString(aReader, value, vocabulary);
+		pTable->index(value, existed);
+		poco_assert(!existed);
+	}
+}
+
+
+void Decoder::handleNameSurrogatesVoc(BitStreamReader& aReader, Vocabulary<QualifiedNameEntry>* pTable)
+{
+	unsigned int count = 0;
+	lengthOfSequence(aReader, count);
+	bool existed = false;
+	for (unsigned int i = 0; i < count; ++i)
+	{
+		aReader.skip(6);
+		// Absent prefix and namespace indexes (0xFFFFFFFF) are kept as they are.
+		pTable->index(nameSurrogate(aReader), existed);
+		poco_assert(!existed);
+	}
 }
 
 

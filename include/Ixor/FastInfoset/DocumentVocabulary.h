@@ -141,6 +141,8 @@ private:
 	template <class StringTable, class NameTable>
 	void create();
 	void init();
+	Vocabulary<std::string>* table(ID id) const;
+	void swapContent(DocumentVocabulary& other);
 
 	VocabularyImpl                          _impl;
 	std::vector<Vocabulary<std::string>*>   _vocabularies;
@@ -151,6 +153,37 @@ private:
 	Vocabulary<QualifiedNameEntry>*         _pAttributeVocabulary;
 	std::string                             _uri;
 };
+
+
+//
+// inlines
+//
+inline Vocabulary<QualifiedNameEntry>* DocumentVocabulary::elementVocabulary()
+{
+	poco_assert(_pElementVocabulary);
+	return _pElementVocabulary;
+}
+
+
+inline const Vocabulary<QualifiedNameEntry>* DocumentVocabulary::elementVocabulary() const
+{
+	poco_assert(_pElementVocabulary);
+	return _pElementVocabulary;
+}
+
+
+inline Vocabulary<QualifiedNameEntry>* DocumentVocabulary::attributeVocabulary()
+{
+	poco_assert(_pAttributeVocabulary);
+	return _pAttributeVocabulary;
+}
+
+
+inline const Vocabulary<QualifiedNameEntry>* DocumentVocabulary::attributeVocabulary() const
+{
+	poco_assert(_pAttributeVocabulary);
+	return _pAttributeVocabulary;
+}
 
 
 } } // namespace Ixor::FastInfoset

@@ -1,0 +1,46 @@
+//
+// StringDecoder.h
+//
+// Library: FastInfoset
+// Module:  StringDecoder
+//
+
+
+#ifndef FastInfoset_StringDecoder_INCLUDED
+#define FastInfoset_StringDecoder_INCLUDED
+
+
+#include "Ixor/FastInfoset/FastInfoset.h"
+#include <string>
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+class RestrictedAlphabet;
+
+
+class FastInfoset_API StringDecoder
+	/// Turns the octets of restricted-alphabet and UTF-16 character strings
+	/// into UTF-8.
+{
+public:
+	static void decodeAlphabet(const std::string& octets, const RestrictedAlphabet& alphabet, std::string& result);
+		/// Replaces result by the characters of the codes in octets, up to the
+		/// end code or the last whole code. Throws FISEncodingException for a
+		/// reserved alphabet, which has no characters.
+
+	static void decodeUTF16(const std::string& octets, std::string& result);
+		/// Replaces result by the UTF-8 form of the big-endian UTF-16 octets;
+		/// every invalid sequence becomes "?".
+
+private:
+	StringDecoder() = delete;
+};
+
+
+} } // namespace Ixor::FastInfoset
+
+
+#endif // FastInfoset_StringDecoder_INCLUDED
