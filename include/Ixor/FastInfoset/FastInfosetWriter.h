@@ -1,0 +1,257 @@
+//
+// FastInfosetWriter.h
+//
+// Library: FastInfoset
+// Module:  FastInfosetWriter
+//
+
+
+#ifndef FastInfoset_FastInfosetWriter_INCLUDED
+#define FastInfoset_FastInfosetWriter_INCLUDED
+
+
+#include "Ixor/FastInfoset/FastInfoset.h"
+#include "Ixor/FastInfoset/BitStreamWriter.h"
+#include "Ixor/FastInfoset/DocumentVocabulary.h"
+#include "Ixor/FastInfoset/Encoding.h"
+#include "Ixor/FastInfoset/EncodingAlgorithm.h"
+#include "Ixor/FastInfoset/FISContentHandler.h"
+#include "Ixor/FastInfoset/FISDocumentHandler.h"
+#include "Ixor/FastInfoset/Notation.h"
+#include "Ixor/FastInfoset/UnparsedEntity.h"
+#include "Poco/SAX/DTDHandler.h"
+#include "Poco/SAX/LexicalHandler.h"
+#include "Poco/SAX/NamespaceSupport.h"
+#include <iosfwd>
+#include <string>
+#include <utility>
+#include <vector>
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+class FastInfoset_API FastInfosetWriter:
+	public FISContentHandler,
+	public Ixor::XML::LexicalHandler,
+	public Ixor::XML::DTDHandler,
+	public FISDocumentHandler
+	/// Writes the SAX events of one document as a Fast Infoset document to a
+	/// caller-owned output stream.
+	///
+	/// Names and strings that were written before go out as small indexes
+	/// into the document vocabulary. Typed values given through the
+	/// FISContentHandler operations are kept until the next event of another
+	/// kind and written as one encoded string per run of one algorithm.
+	/// Notations and unparsed entities must be declared before
+	/// startDocument(); they go into the document's header.
+	///
+	/// A writer writes one document; the output stream must outlive it.
+	/// Misuse of the event sequence raises FISException ("Tag mismatch",
+	/// "Cannot nest CDATA sections"); a failing stream raises
+	/// Ixor::IOException "error while writing Fast Infoset document to
+	/// stream". The octets reach the stream in blocks and all of them by
+	/// endDocument(); destroying the writer completes a document cut short.
+{
+public:
+	enum State
+	{
+		UNINITIALIZED = 0,
+		DOCUMENT      = 1,
+		ELEMENT       = 2,
+		CDATA_SECTION = 3,
+		DTD           = 4
+	};
+
+	struct AttributeValue
+		/// One attribute ready to be written.
+	{
+		std::string prefix;
+		std::string value;
+		std::string namespaceURI;
+		std::string localName;
+	};
+
+	explicit FastInfosetWriter(std::ostream& out);
+		/// A writer with hash tables and no XML declaration.
+
+	FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration, DocumentVocabulary::VocabularyImpl impl);
+		/// A writer with tables of the given kind (VOC_HASH or VOC_MAP; hash
+		/// tables have fixed capacities, map tables grow without limit).
+
+	FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration, const DocumentVocabulary& vocabulary);
+		/// A writer that starts from a copy of vocabulary; what it holds
+		/// beyond a fresh vocabulary is written as the initial vocabulary.
+
+	~FastInfosetWriter();
+
+	// ContentHandler
+	void setDocumentLocator(const Ixor::XML::Locator* pLocator);
+	void startDocument();
+	void endDocument();
+	void startElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname, const Ixor::XML::Attributes& attributes);
+	void endElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname);
+	void characters(const Ixor::XML::XMLChar ch[], int start, int length);
+		/// Writes ch[start, start + length); a zero character in that range
+		/// ends the text. Empty text writes nothing.
+	void ignorableWhitespace(const Ixor::XML::XMLChar ch[], int start, int length);
+	void processingInstruction(const Ixor::XML::XMLString& target, const Ixor::XML::XMLString& data);
+	void startPrefixMapping(const Ixor::XML::XMLString& prefix, const Ixor::XML::XMLString& uri);
+	void endPrefixMapping(const Ixor::XML::XMLString& prefix);
+	void skippedEntity(const Ixor::XML::XMLString& name);
+
+	// FISContentHandler
+	void binaryData(const char* data, std::size_t length);
+	void encodedData(short value);
+	void encodedData(int value);
+	void encodedData(long value);
+	void encodedData(bool value);
+	void encodedData(float value);
+	void encodedData(double value);
+	void encodedData(const Ixor::UUID& value);
+
+	// LexicalHandler
+	void startCDATA();
+		/// Throws FISException "Cannot nest CDATA sections" inside a CDATA
+		/// section. Character data of the section goes out with the CDATA
+		/// encoding algorithm.
+	void endCDATA();
+	void comment(const Ixor::XML::XMLChar ch[], int start, int length);
+		/// Writes the length characters at ch + start. Comments inside the
+		/// document type declaration are not written: the format gives it no
+		/// comment children.
+	void startDTD(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString& publicId, const Ixor::XML::XMLString& systemId);
+	void endDTD();
+	void startEntity(const Ixor::XML::XMLString& name);
+	void endEntity(const Ixor::XML::XMLString& name);
+
+	// DTDHandler
+	void notationDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString* systemId);
+	void unparsedEntityDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString& systemId, const Ixor::XML::XMLString& notationName);
+
+	// FISDocumentHandler
+	void setDocumentVocabulary(const DocumentVocabulary& vocabulary);
+		/// Throws Ixor::InvalidArgumentException for a VOC_VECTOR vocabulary.
+	DocumentVocabulary& getDocumentVocabulary();
+	const DocumentVocabulary& getDocumentVocabulary() const;
+	void setWriteXMLDeclaration(bool write);
+		/// Whether the document starts with "<?xml encoding='finf'?>".
+	void setExternalVocabulary(const std::string& uri, const DocumentVocabulary& vocabulary);
+		/// The document names uri as its external vocabulary and writes only
+		/// what its vocabulary holds beyond vocabulary.
+
+	// Document building
+	void startElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname);
+	void emptyElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname);
+	void emptyElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname, const Ixor::XML::Attributes& attributes);
+	void dataElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname,
+		const Ixor::XML::XMLString& data,
+		const Ixor::XML::XMLString& attr1 = Ixor::XML::XMLString(), const Ixor::XML::XMLString& value1 = Ixor::XML::XMLString(),
+		const Ixor::XML::XMLString& attr2 = Ixor::XML::XMLString(), const Ixor::XML::XMLString& value2 = Ixor::XML::XMLString(),
+		const Ixor::XML::XMLString& attr3 = Ixor::XML::XMLString(), const Ixor::XML::XMLString& value3 = Ixor::XML::XMLString());
+		/// An element without namespace holding data, with up to three
+		/// attributes (those with an empty name are left out).
+	void characters(const std::string& text);
+		/// Writes text as one character chunk; empty text writes nothing.
+	void startFragment();
+	void endFragment();
+		/// Fragments are not supported: both throw FISException.
+
+	void setMaxIndexedStringLength(int length);
+		/// Attribute values, character chunks, comments and processing
+		/// instruction data of at most length octets enter the vocabulary
+		/// and repeat as indexes; longer ones are always written in full.
+		/// The default is 16.
+
+	int getMaxIndexedStringLength() const;
+
+protected:
+	// Header and declarations
+	void writeHeader();
+	void writeInitialVocabulary(const DocumentVocabulary& vocabulary);
+	void writeExternalVocabulary(const std::string& uri);
+	void writeRestrictedAlphabet(const DocumentRestrictedAlphabet& alphabets);
+	void writeVocabulary(const Vocabulary<std::string>& voc);
+	void writeEncodedVocabulary(const Vocabulary<std::string>& voc);
+	void writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc, bool element);
+	void writeNotations(const std::vector<Notation>& notations);
+	void writeNotation(const std::string& name, const std::string* publicId, const std::string* systemId);
+	void writeUnparsedEntities(const std::vector<UnparsedEntity>& unparsedEntities);
+	void writeUnparsedEntity(const std::string& name, const std::string* publicId, const std::string& systemId, const std::string& notationName);
+	void writeDocumentTypeDeclaration(const std::string& publicId, const std::string& systemId);
+	void writeComment(const std::string& text);
+	void writeUnexpandedEntityReference(const std::string& name, const std::string* systemId, const std::string* publicId);
+	void writeProcessingInstruction(const std::string& target, const std::string& data);
+
+	// Elements and attributes
+	void handleNamespaces(const Ixor::XML::Attributes& attributes, const std::string& uri);
+	void declareAttributeNamespaces(const Ixor::XML::Attributes& attributes);
+	void addNamespaceAttributes();
+	void addAttributes(const Ixor::XML::Attributes& attributes, const std::string& elementURI);
+	void writeElement(const std::string& prefix, const std::string& uri, const std::string& localName);
+	void writeAttribute(const std::string& prefix, const std::string& uri, const std::string& localName, const std::string& value);
+
+	// Names and strings
+	unsigned int writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc);
+	void writeIdentifyingStringIndex(unsigned int index);
+	void writeIdentifyingString(const std::string& str, DocumentVocabulary::ID voc);
+	unsigned int writeNonIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc);
+	unsigned int writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<Encoding>& value, DocumentVocabulary::ID voc);
+	void writeEncodedCharacterString(const std::string& str, unsigned int algorithm);
+	void writeEncodedCharacterString(Ixor::AutoPtr<Encoding>& value);
+	unsigned int writeCharacterChunk(const std::string& str);
+	unsigned int writeQualifiedNameOrIndex(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element);
+	unsigned int writeQualifiedName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element);
+	unsigned int writeQualifiedName(const QualifiedNameEntry& name, bool element);
+	unsigned int insertQualifiedName(const QualifiedNameEntry& name, bool element);
+	Vocabulary<QualifiedNameEntry>& getQNameVocabulary(bool element);
+	void writeNamespaceAttribute(const std::string& prefix, const std::string& namespaceURI);
+	void insertEncoding(const Ixor::AutoPtr<Encoding>& value);
+	void handleEncodedData();
+	std::string nameToString(const std::string& localName, const std::string& qname) const;
+	std::string newPrefix();
+
+private:
+	FastInfosetWriter(const FastInfosetWriter&);
+	FastInfosetWriter& operator = (const FastInfosetWriter&);
+
+	void writeText(const char* text, std::size_t length);
+	void pushState(State state);
+	void popState();
+	const std::string& prefixOf(const std::string& uri) const;
+
+	typedef std::vector<std::pair<std::string, std::string>> Declarations;
+
+	BitStreamWriter                        _writer;
+	bool                                   _writeXMLDeclaration;
+	DocumentVocabulary                     _vocabulary;
+	std::vector<State>                     _states;
+	int                                    _prefixCounter;
+	Ixor::XML::NamespaceSupport            _namespaces;
+	std::vector<Ixor::AutoPtr<Encoding>>   _pendingEncodings;
+	std::vector<Notation>                  _notations;
+	std::vector<UnparsedEntity>            _unparsedEntities;
+	DocumentVocabulary                     _externalVocabulary;
+	std::string                            _externalVocabularyURI;
+	EncodingAlgorithm                      _encodingAlgorithm;
+	int                                    _maxIndexedStringLength;
+
+	// Scratch space reused by every element, so that writing an element
+	// allocates nothing once the buffers have grown.
+	std::string                            _prefix;
+	std::string                            _qnamePrefix;
+	std::string                            _qnameLocal;
+	std::string                            _text;
+	Declarations                           _declarations;
+	std::size_t                            _declarationCount;
+	std::vector<AttributeValue>            _attributeValues;
+	std::size_t                            _attributeCount;
+	Ixor::XML::NamespaceSupport::PrefixSet _declaredPrefixes;
+};
+
+
+} } // namespace Ixor::FastInfoset
+
+
+#endif // FastInfoset_FastInfosetWriter_INCLUDED

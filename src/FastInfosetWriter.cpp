@@ -1,0 +1,1076 @@
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/BoolEncoding.h"
+#include "Ixor/FastInfoset/DWordEncoding.h"
+#include "Ixor/FastInfoset/DoubleEncoding.h"
+#include "Ixor/FastInfoset/Encoder.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FloatEncoding.h"
+#include "Ixor/FastInfoset/IntEncoding.h"
+#include "Ixor/FastInfoset/LongEncoding.h"
+#include "Ixor/FastInfoset/ShortEncoding.h"
+#include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "Poco/SAX/Attributes.h"
+#include "Poco/SAX/AttributesImpl.h"
+#include "Poco/XML/Name.h"
+#include "Poco/NumberFormatter.h"
+#include <cstring>
+
+
+using Ixor::XML::XMLString;
+using Ixor::XML::XMLChar;
+using Ixor::XML::Attributes;
+using Ixor::XML::NamespaceSupport;
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+namespace
+{
+	const Ixor::XML::AttributesImpl& noAttributes()
+		/// The one empty attribute list of the attribute-less element calls;
+		/// built on first use, then only read.
+	{
+		static const Ixor::XML::AttributesImpl empty;
+		return empty;
+	}
+
+	const char* const VECTOR_REFUSED = "A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter";
+}
+
+
+FastInfosetWriter::FastInfosetWriter(std::ostream& out):
+	_writer(out, false),
+	_writeXMLDeclaration(false),
+	_vocabulary(DocumentVocabulary::VOC_HASH),
+	_prefixCounter(0),
+	// The external vocabulary has no tables until one is set: an empty
+	// hash vocabulary would cost a megabyte of slots for nothing.
+	_externalVocabulary(DontInitialize()),
+	_maxIndexedStringLength(16),
+	_declarationCount(0),
+	_attributeCount(0)
+{
+	_states.push_back(UNINITIALIZED);
+}
+
+
+FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration, DocumentVocabulary::VocabularyImpl impl):
+	_writer(out, false),
+	_writeXMLDeclaration(writeXMLDeclaration),
+	_vocabulary(impl),
+	_prefixCounter(0),
+	_externalVocabulary(DontInitialize()),
+	_maxIndexedStringLength(16),
+	_declarationCount(0),
+	_attributeCount(0)
+{
+	_states.push_back(UNINITIALIZED);
+}
+
+
+FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration, const DocumentVocabulary& vocabulary):
+	_writer(out, false),
+	_writeXMLDeclaration(writeXMLDeclaration),
+	_vocabulary(vocabulary),
+	_prefixCounter(0),
+	_externalVocabulary(DontInitialize()),
+	_maxIndexedStringLength(16),
+	_declarationCount(0),
+	_attributeCount(0)
+{
+	_states.push_back(UNINITIALIZED);
+}
+
+
+FastInfosetWriter::~FastInfosetWriter()
+{
+}
+
+
+//
+// Document and elements
+//
+void FastInfosetWriter::setDocumentLocator(const Ixor::XML::Locator*)
+{
+}
+
+
+void FastInfosetWriter::startDocument()
+{
+	writeHeader();
+	pushState(DOCUMENT);
+	_namespaces.reset();
+	_namespaces.pushContext();
+}
+
+
+void FastInfosetWriter::endDocument()
+{
+	handleEncodedData();
+	_writer.write(15u, 4);
+	_writer.complete();
+	popState();
+}
+
+
+void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const Attributes& attributes)
+{
+	handleEncodedData();
+	_prefix.clear();
+	_declarationCount = 0;
+	_attributeCount = 0;
+	// Elements start on an octet; the padding is only flushed at the end.
+	_writer.pad(false);
+	_writer.write(false);
+
+	const std::string* pName = &localName;
+	if (!localName.empty() && (qname.empty() || qname == localName))
+	{
+		if (!uri.empty() && !_namespaces.isMapped(uri)) _namespaces.declarePrefix(newPrefix(), uri);
+		_prefix = prefixOf(uri);
+	}
+	else if (uri.empty() && localName.empty() && !qname.empty())
+	{
+		pName = &qname;
+	}
+	else if (!localName.empty() && !qname.empty())
+	{
+		Ixor::XML::Name::split(qname, _qnamePrefix, _qnameLocal);
+		if (_qnamePrefix.empty()) _prefix = prefixOf(uri);
+		else _prefix = _qnamePrefix;
+		const std::string& mapped = _namespaces.getURI(_prefix);
+		if ((mapped.empty() || mapped != uri) && !uri.empty()) _namespaces.declarePrefix(_prefix, uri);
+	}
+	else throw FISException("Tag mismatch", nameToString(localName, qname));
+
+	handleNamespaces(attributes, uri);
+	writeElement(_prefix, uri, *pName);
+	pushState(ELEMENT);
+}
+
+
+void FastInfosetWriter::endElement(const XMLString&, const XMLString&, const XMLString&)
+{
+	handleEncodedData();
+	_writer.write(15u, 4);
+	popState();
+	_namespaces.popContext();
+}
+
+
+void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
+{
+	startElement(uri, localName, qname, noAttributes());
+}
+
+
+void FastInfosetWriter::emptyElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
+{
+	emptyElement(uri, localName, qname, noAttributes());
+}
+
+
+void FastInfosetWriter::emptyElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const Attributes& attributes)
+{
+	startElement(uri, localName, qname, attributes);
+	endElement(uri, localName, qname);
+}
+
+
+void FastInfosetWriter::dataElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const XMLString& data,
+	const XMLString& attr1, const XMLString& value1,
+	const XMLString& attr2, const XMLString& value2,
+	const XMLString& attr3, const XMLString& value3)
+{
+	Ixor::XML::AttributesImpl attributes;
+	if (!attr1.empty()) attributes.addAttribute(XMLString(), XMLString(), attr1, "CDATA", value1);
+	if (!attr2.empty()) attributes.addAttribute(XMLString(), XMLString(), attr2, "CDATA", value2);
+	if (!attr3.empty()) attributes.addAttribute(XMLString(), XMLString(), attr3, "CDATA", value3);
+	if (data.empty())
+	{
+		emptyElement(uri, localName, qname, attributes);
+	}
+	else
+	{
+		startElement(uri, localName, qname, attributes);
+		characters(data);
+		endElement(uri, localName, qname);
+	}
+}
+
+
+void FastInfosetWriter::handleNamespaces(const Attributes& attributes, const std::string& uri)
+{
+	declareAttributeNamespaces(attributes);
+	addNamespaceAttributes();
+	addAttributes(attributes, uri);
+	// The element's own context opens only now: its declarations were made
+	// in the context current at its start event, where startPrefixMapping
+	// declares too.
+	_namespaces.pushContext();
+}
+
+
+void FastInfosetWriter::declareAttributeNamespaces(const Attributes& attributes)
+{
+	const int count = attributes.getLength();
+	for (int i = 0; i < count; ++i)
+	{
+		if (attributes.getLocalName(i).empty()) continue;
+		const XMLString& attributeURI = attributes.getURI(i);
+		Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, _qnameLocal);
+		if (_qnamePrefix.empty()) _qnamePrefix = prefixOf(attributeURI);
+		const std::string& mapped = _namespaces.getURI(_qnamePrefix);
+		if (!mapped.empty() && mapped == attributeURI) continue;
+		if (!attributeURI.empty()) _namespaces.declarePrefix(_qnamePrefix, attributeURI);
+	}
+}
+
+
+void FastInfosetWriter::addNamespaceAttributes()
+{
+	// Declarations go out ordered by prefix, the default namespace first;
+	// the prefix set of the namespace support is ordered already.
+	_declaredPrefixes.clear();
+	_namespaces.getDeclaredPrefixes(_declaredPrefixes);
+	for (const std::string& prefix: _declaredPrefixes)
+	{
+		if (_declarationCount == _declarations.size()) _declarations.emplace_back();
+		std::pair<std::string, std::string>& declaration = _declarations[_declarationCount++];
+		declaration.first = prefix;
+		declaration.second = _namespaces.getURI(prefix);
+	}
+}
+
+
+void FastInfosetWriter::addAttributes(const Attributes& attributes, const std::string& elementURI)
+{
+	const int count = attributes.getLength();
+	for (int i = 0; i < count; ++i)
+	{
+		if (_attributeCount == _attributeValues.size()) _attributeValues.emplace_back();
+		AttributeValue& attribute = _attributeValues[_attributeCount++];
+		attribute.namespaceURI = attributes.getURI(i);
+		attribute.localName = attributes.getLocalName(i);
+		attribute.prefix.clear();
+		if (attribute.localName.empty())
+		{
+			Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, attribute.localName);
+		}
+		// An attribute in its element's namespace is written without prefix.
+		if (attribute.namespaceURI != elementURI) attribute.prefix = prefixOf(attribute.namespaceURI);
+		attribute.value = attributes.getValue(i);
+	}
+}
+
+
+void FastInfosetWriter::writeElement(const std::string& prefix, const std::string& uri, const std::string& localName)
+{
+	if (_writer.bitPos() != 1)
+		throw FISEncodingException("Illegal startposition for an Element value");
+	_writer.write(_attributeCount != 0);
+	if (_declarationCount != 0)
+	{
+		_writer.write(0x38u, 6);                      // 111000: namespace attributes follow
+		for (std::size_t i = 0; i < _declarationCount; ++i)
+		{
+			_writer.write(0x33u, 6);                  // 110011: one namespace attribute
+			writeNamespaceAttribute(_declarations[i].first, _declarations[i].second);
+		}
+		_writer.write(0x3C0u, 10);                    // 1111 terminator, then 000000 up to the name
+	}
+	writeQualifiedNameOrIndex(prefix, uri, localName, true);
+	if (_attributeCount != 0)
+	{
+		for (std::size_t i = 0; i < _attributeCount; ++i)
+		{
+			const AttributeValue& attribute = _attributeValues[i];
+			_writer.write(false);
+			writeAttribute(attribute.prefix, attribute.namespaceURI, attribute.localName, attribute.value);
+		}
+		_writer.write(15u, 4);
+	}
+}
+
+
+void FastInfosetWriter::writeAttribute(const std::string& prefix, const std::string& uri, const std::string& localName, const std::string& value)
+{
+	if (_writer.bitPos() != 1)
+		throw FISEncodingException("Illegal startposition for a Attribute value");
+	writeQualifiedNameOrIndex(prefix, uri, localName, false);
+	writeNonIdentifyingStringOrIndex(value, DocumentVocabulary::ATTRIBUTE_VALUE);
+	poco_assert(_writer.bitPos() == 0);
+}
+
+
+void FastInfosetWriter::startPrefixMapping(const XMLString& prefix, const XMLString& uri)
+{
+	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX) _namespaces.declarePrefix(prefix, uri);
+}
+
+
+void FastInfosetWriter::endPrefixMapping(const XMLString& prefix)
+{
+	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX) _namespaces.undeclarePrefix(prefix);
+}
+
+
+void FastInfosetWriter::skippedEntity(const XMLString&)
+{
+}
+
+
+const std::string& FastInfosetWriter::prefixOf(const std::string& uri) const
+{
+	return _namespaces.getPrefix(uri);
+}
+
+
+//
+// Character data
+//
+void FastInfosetWriter::characters(const XMLChar ch[], int start, int length)
+{
+	// The host's buffers are not zero-terminated: the text ends at the
+	// first zero inside the range, never beyond it.
+	if (length <= 0)
+	{
+		writeText("", 0);
+		return;
+	}
+	const char* pText = ch + start;
+	const void* pZero = std::memchr(pText, 0, static_cast<std::size_t>(length));
+	std::size_t size = pZero ? static_cast<std::size_t>(static_cast<const char*>(pZero) - pText) : static_cast<std::size_t>(length);
+	writeText(pText, size);
+}
+
+
+void FastInfosetWriter::characters(const std::string& text)
+{
+	writeText(text.data(), text.size());
+}
+
+
+void FastInfosetWriter::writeText(const char* text, std::size_t length)
+{
+	handleEncodedData();
+	// An empty chunk cannot be written (its index 0 is not allowed where
+	// chunks put their index); empty text is no text, so nothing goes out.
+	if (length == 0) return;
+	_writer.pad(false);
+	_writer.write(2u, 2);
+	_text.assign(text, length);
+	writeCharacterChunk(_text);
+}
+
+
+void FastInfosetWriter::ignorableWhitespace(const XMLChar ch[], int start, int length)
+{
+	characters(ch, start, length);
+}
+
+
+void FastInfosetWriter::startCDATA()
+{
+	if (_states.back() == CDATA_SECTION) throw FISException("Cannot nest CDATA sections");
+	pushState(CDATA_SECTION);
+}
+
+
+void FastInfosetWriter::endCDATA()
+{
+	handleEncodedData();
+	popState();
+}
+
+
+void FastInfosetWriter::processingInstruction(const XMLString& target, const XMLString& data)
+{
+	handleEncodedData();
+	_writer.pad(false);
+	_writer.write(0xE1u, 8);
+	writeProcessingInstruction(target, data);
+}
+
+
+void FastInfosetWriter::writeProcessingInstruction(const std::string& target, const std::string& data)
+{
+	writeIdentifyingStringOrIndex(target, DocumentVocabulary::OTHER_NCNAME);
+	writeNonIdentifyingStringOrIndex(data, DocumentVocabulary::OTHER_STRING);
+}
+
+
+void FastInfosetWriter::startFragment()
+{
+	throw FISException("startFragment() not allowed");
+}
+
+
+void FastInfosetWriter::endFragment()
+{
+	throw FISException("endFragment() not allowed");
+}
+
+
+//
+// Typed data
+//
+void FastInfosetWriter::binaryData(const char* data, std::size_t length)
+{
+	insertEncoding(new DWordEncoding(data, length));
+}
+
+
+void FastInfosetWriter::encodedData(short value)
+{
+	insertEncoding(new ShortEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(int value)
+{
+	insertEncoding(new IntEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(long value)
+{
+	insertEncoding(new LongEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(bool value)
+{
+	insertEncoding(new BoolEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(float value)
+{
+	insertEncoding(new FloatEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(double value)
+{
+	insertEncoding(new DoubleEncoding(value));
+}
+
+
+void FastInfosetWriter::encodedData(const Ixor::UUID& value)
+{
+	insertEncoding(new UUIDEncoding(value));
+}
+
+
+void FastInfosetWriter::insertEncoding(const Ixor::AutoPtr<Encoding>& value)
+{
+	if (_pendingEncodings.empty() || !_pendingEncodings.back()->merge(*value))
+		_pendingEncodings.push_back(value);
+}
+
+
+void FastInfosetWriter::handleEncodedData()
+{
+	if (_pendingEncodings.empty()) return;
+	_writer.pad(false);
+	for (Ixor::AutoPtr<Encoding>& value: _pendingEncodings)
+	{
+		_writer.write(2u, 2);
+		if (value->type() == 10)
+		{
+			writeCharacterChunk(value->content());
+		}
+		else
+		{
+			writeNonIdentifyingStringOrIndex(value, DocumentVocabulary::CONTENT_CHARACTER_CHUNK);
+		}
+	}
+	_pendingEncodings.clear();
+}
+
+
+//
+// Names and strings
+//
+unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
+{
+	bool existed = false;
+	unsigned int index = _vocabulary.index(voc, str, existed);
+	if (existed) writeIdentifyingStringIndex(index);
+	else writeIdentifyingString(str, voc);
+	return index;
+}
+
+
+void FastInfosetWriter::writeIdentifyingStringIndex(unsigned int index)
+{
+	if (_writer.bitPos() != 0)
+		throw FISEncodingException("Illegal startposition for an writeIdentifyingStringIndex");
+	_writer.write(true);
+	Encoder::integer(_writer, index);
+}
+
+
+void FastInfosetWriter::writeIdentifyingString(const std::string& str, DocumentVocabulary::ID)
+{
+	if (_writer.bitPos() != 0)
+		throw FISEncodingException("Illegal startposition for an writeIdentifyingString");
+	_writer.write(false);
+	Encoder::nonEmptyOctetString(_writer, str);
+}
+
+
+unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
+{
+	const int pos = _writer.bitPos();
+	if (pos != 0 && pos != 2)
+		throw FISEncodingException("Illegal startposition for a NonIdentifyingStringOrIndex value");
+	const bool addToTable = str.size() <= static_cast<std::size_t>(_maxIndexedStringLength) && _maxIndexedStringLength >= 0;
+	bool existed = false;
+	unsigned int index = 0;
+	if (addToTable) index = _vocabulary.index(voc, str, existed);
+	_writer.write(existed);
+	if (existed)
+	{
+		Encoder::integer(_writer, index);
+	}
+	else
+	{
+		_writer.write(addToTable);
+		writeEncodedCharacterString(str, 0);
+	}
+	return index;
+}
+
+
+unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<Encoding>& value, DocumentVocabulary::ID voc)
+{
+	const int pos = _writer.bitPos();
+	if (pos != 0 && pos != 2)
+		throw FISEncodingException("Illegal startposition for a NonIdentifyingStringOrIndex value");
+	const unsigned int type = value->type();
+	const bool plainText = type == 0 || type == 10;
+	bool addToTable = false;
+	bool existed = false;
+	unsigned int index = 0;
+	if (plainText)
+	{
+		// Only plain and CDATA text can enter the table, so only their text
+		// form is needed; typed values go out from their values.
+		value->createContent();
+		const std::string& text = value->content();
+		addToTable = text.size() <= static_cast<std::size_t>(_maxIndexedStringLength) && _maxIndexedStringLength >= 0;
+		if (addToTable) index = _vocabulary.index(voc, text, existed);
+	}
+	_writer.write(existed);
+	if (existed)
+	{
+		Encoder::integer(_writer, index);
+	}
+	else
+	{
+		_writer.write(addToTable);
+		writeEncodedCharacterString(value);
+	}
+	return index;
+}
+
+
+void FastInfosetWriter::writeEncodedCharacterString(const std::string& str, unsigned int algorithm)
+{
+	const int pos = _writer.bitPos();
+	if (pos != 2 && pos != 4)
+		throw FISEncodingException("Illegal startposition for a writeEncodedCharacterString");
+	if (_states.back() == CDATA_SECTION)
+	{
+		_writer.write(3u, 2);
+		Encoder::integer(_writer, 10);
+		Encoder::nonEmptyOctetString(_writer, str);
+	}
+	else if (algorithm != 0 && algorithm != 10)
+	{
+		_writer.write(3u, 2);
+		Encoder::integer(_writer, algorithm);
+		_encodingAlgorithm.encode(algorithm, _writer, str);
+	}
+	else
+	{
+		_writer.write(0u, 2);
+		Encoder::nonEmptyOctetString(_writer, str);
+	}
+}
+
+
+void FastInfosetWriter::writeEncodedCharacterString(Ixor::AutoPtr<Encoding>& value)
+{
+	const int pos = _writer.bitPos();
+	if (pos != 2 && pos != 4)
+		throw FISEncodingException("Illegal startposition for a writeEncodedCharacterString");
+	const unsigned int type = value->type();
+	if (type != 0)
+	{
+		_writer.write(3u, 2);
+		Encoder::integer(_writer, type);
+		value->write(_writer);
+	}
+	else
+	{
+		_writer.write(0u, 2);
+		Encoder::nonEmptyOctetString(_writer, value->content());
+	}
+}
+
+
+unsigned int FastInfosetWriter::writeCharacterChunk(const std::string& str)
+{
+	if (_writer.bitPos() != 2)
+		throw FISEncodingException("Illegal startposition for a CharacterChunk value");
+	return writeNonIdentifyingStringOrIndex(str, DocumentVocabulary::CONTENT_CHARACTER_CHUNK);
+}
+
+
+unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
+{
+	const int pos = _writer.bitPos();
+	if (pos != 1 && pos != 2)
+		throw FISEncodingException("Illegal startposition for a writeQualifiedNameOrIndex value");
+	poco_assert(!localName.empty());
+
+	bool prefixFound = false;
+	bool namespaceFound = false;
+	bool localFound = false;
+	unsigned int prefixIndex = _vocabulary.exists(DocumentVocabulary::PREFIX, prefix, prefixFound);
+	unsigned int namespaceIndex = _vocabulary.exists(DocumentVocabulary::NAMESPACE_NAME, namespaceURI, namespaceFound);
+	unsigned int localIndex = _vocabulary.exists(DocumentVocabulary::LOCAL_NAME, localName, localFound);
+	if (prefixFound && namespaceFound && localFound)
+	{
+		bool found = false;
+		unsigned int index = getQNameVocabulary(element).exists(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), found);
+		if (found)
+		{
+			Encoder::integer(_writer, index);
+			poco_assert(_writer.bitPos() == 0);
+			return index;
+		}
+	}
+	_writer.write(pos == 1 ? 0x1Eu : 0xFu, pos == 1 ? 5 : 4);   // 11110 for attributes, 1111 for elements
+	unsigned int index = writeQualifiedName(prefix, namespaceURI, localName, element);
+	poco_assert(_writer.bitPos() == 0);
+	return index;
+}
+
+
+unsigned int FastInfosetWriter::writeQualifiedName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
+{
+	poco_assert(!localName.empty());
+	_writer.write(!prefix.empty());
+	_writer.write(!namespaceURI.empty());
+	unsigned int prefixIndex = 0;
+	unsigned int namespaceIndex = 0;
+	if (!prefix.empty()) prefixIndex = writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
+	if (!namespaceURI.empty()) namespaceIndex = writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
+	unsigned int localIndex = writeIdentifyingStringOrIndex(localName, DocumentVocabulary::LOCAL_NAME);
+	return insertQualifiedName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+}
+
+
+unsigned int FastInfosetWriter::writeQualifiedName(const QualifiedNameEntry& name, bool element)
+{
+	return writeQualifiedName(_vocabulary.value(DocumentVocabulary::PREFIX, name.prefixId()),
+		_vocabulary.value(DocumentVocabulary::NAMESPACE_NAME, name.namespaceId()),
+		_vocabulary.value(DocumentVocabulary::LOCAL_NAME, name.localNameId()),
+		element);
+}
+
+
+unsigned int FastInfosetWriter::insertQualifiedName(const QualifiedNameEntry& name, bool element)
+{
+	bool qneExists = false;
+	unsigned int index = getQNameVocabulary(element).index(name, qneExists);
+	poco_assert(!qneExists);
+	return index;
+}
+
+
+Vocabulary<QualifiedNameEntry>& FastInfosetWriter::getQNameVocabulary(bool element)
+{
+	return element ? *_vocabulary.elementVocabulary() : *_vocabulary.attributeVocabulary();
+}
+
+
+void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const std::string& namespaceURI)
+{
+	if (_writer.bitPos() != 6)
+		throw FISEncodingException("Illegal startposition for a NamespaceAttribute value");
+	_writer.write(!prefix.empty());
+	_writer.write(!namespaceURI.empty());
+	if (!prefix.empty()) writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
+	if (!namespaceURI.empty()) writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
+}
+
+
+std::string FastInfosetWriter::nameToString(const std::string& localName, const std::string& qname) const
+{
+	return qname.empty() ? localName : qname;
+}
+
+
+std::string FastInfosetWriter::newPrefix()
+{
+	std::string prefix("ns");
+	Ixor::NumberFormatter::append(prefix, ++_prefixCounter);
+	return prefix;
+}
+
+
+void FastInfosetWriter::setMaxIndexedStringLength(int length)
+{
+	_maxIndexedStringLength = length;
+}
+
+
+int FastInfosetWriter::getMaxIndexedStringLength() const
+{
+	return _maxIndexedStringLength;
+}
+
+
+//
+// Header, declarations and comments
+//
+void FastInfosetWriter::writeHeader()
+{
+	Encoder::documentPreHeader(_writer, _writeXMLDeclaration);
+	poco_assert(_writer.bitPos() == 1);
+
+	const bool hasAdditionalData = false;
+	const bool hasCharacterEncodingScheme = false;
+	const bool standalone = false;
+	const bool hasVersion = false;
+	poco_assert(!hasAdditionalData);
+	poco_assert(!hasCharacterEncodingScheme);
+	poco_assert(!standalone);
+	poco_assert(!hasVersion);
+
+	const bool hasNotations = !_notations.empty();
+	const bool hasUnparsedEntities = !_unparsedEntities.empty();
+	const bool hasExternalVocabulary = !_externalVocabularyURI.empty();
+	// Without an external vocabulary the difference to a fresh vocabulary
+	// is what the application added beforehand. The fresh one is built with
+	// map tables: the difference is the same and costs no hash slots.
+	DocumentVocabulary initialVocabulary = hasExternalVocabulary
+		? _vocabulary - _externalVocabulary
+		: _vocabulary - DocumentVocabulary(DocumentVocabulary::VOC_MAP);
+	bool hasInitialVocabulary = hasExternalVocabulary || !initialVocabulary.restrictedAlphabets().alphabets().empty()
+		|| !initialVocabulary.elementVocabulary()->empty() || !initialVocabulary.attributeVocabulary()->empty();
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK && !hasInitialVocabulary; ++id)
+	{
+		hasInitialVocabulary = !initialVocabulary.vocabulary(static_cast<DocumentVocabulary::ID>(id))->empty();
+	}
+
+	_writer.write(hasAdditionalData);
+	_writer.write(hasInitialVocabulary);
+	_writer.write(hasNotations);
+	_writer.write(hasUnparsedEntities);
+	_writer.write(hasCharacterEncodingScheme);
+	_writer.write(standalone);
+	_writer.write(hasVersion);
+
+	if (hasInitialVocabulary) writeInitialVocabulary(initialVocabulary);
+	if (hasNotations) writeNotations(_notations);
+	if (hasUnparsedEntities) writeUnparsedEntities(_unparsedEntities);
+}
+
+
+void FastInfosetWriter::writeInitialVocabulary(const DocumentVocabulary& vocabulary)
+{
+	typedef DocumentVocabulary DV;
+	const DV::ID stringTables[] = {DV::PREFIX, DV::NAMESPACE_NAME, DV::LOCAL_NAME, DV::OTHER_NCNAME, DV::OTHER_URI};
+	const DV::ID encodedTables[] = {DV::ATTRIBUTE_VALUE, DV::CONTENT_CHARACTER_CHUNK, DV::OTHER_STRING};
+
+	const bool hasExternal = !_externalVocabularyURI.empty();
+	const bool hasAlphabets = !vocabulary.restrictedAlphabets().alphabets().empty();
+	_writer.write(0u, 3);
+	_writer.write(hasExternal);
+	_writer.write(hasAlphabets);
+	_writer.write(false);                          // encoding algorithms are never written
+	for (DV::ID id: stringTables) _writer.write(!vocabulary.vocabulary(id)->empty());
+	for (DV::ID id: encodedTables) _writer.write(!vocabulary.vocabulary(id)->empty());
+	_writer.write(!vocabulary.elementVocabulary()->empty());
+	_writer.write(!vocabulary.attributeVocabulary()->empty());
+
+	if (hasExternal) writeExternalVocabulary(_externalVocabularyURI);
+	if (hasAlphabets) writeRestrictedAlphabet(vocabulary.restrictedAlphabets());
+	for (DV::ID id: stringTables)
+	{
+		if (!vocabulary.vocabulary(id)->empty()) writeVocabulary(*vocabulary.vocabulary(id));
+	}
+	for (DV::ID id: encodedTables)
+	{
+		if (!vocabulary.vocabulary(id)->empty()) writeEncodedVocabulary(*vocabulary.vocabulary(id));
+	}
+	if (!vocabulary.elementVocabulary()->empty()) writeNameSurrogates(*vocabulary.elementVocabulary(), true);
+	if (!vocabulary.attributeVocabulary()->empty()) writeNameSurrogates(*vocabulary.attributeVocabulary(), false);
+}
+
+
+void FastInfosetWriter::writeExternalVocabulary(const std::string& uri)
+{
+	_writer.write(false);
+	Encoder::nonEmptyOctetString(_writer, uri);
+}
+
+
+void FastInfosetWriter::writeRestrictedAlphabet(const DocumentRestrictedAlphabet& alphabets)
+{
+	const unsigned int numEntries = static_cast<unsigned int>(alphabets.alphabets().size());
+	poco_assert(numEntries > 0);
+	Encoder::lengthOfSequence(_writer, numEntries);
+	for (const RestrictedAlphabet& alphabet: alphabets.alphabets())
+	{
+		_writer.write(false);
+		Encoder::nonEmptyOctetString(_writer, alphabet.characters());
+	}
+}
+
+
+void FastInfosetWriter::writeVocabulary(const Vocabulary<std::string>& voc)
+{
+	const VerbTable<std::string>& index = voc.index();
+	const unsigned int numEntries = static_cast<unsigned int>(voc.size());
+	poco_assert(voc.size() == index.size());
+	poco_assert(numEntries > 0);
+	Encoder::lengthOfSequence(_writer, numEntries);
+	for (std::size_t i = 0; i < index.size(); ++i)
+	{
+		_writer.write(false);
+		Encoder::nonEmptyOctetString(_writer, index[i]);
+	}
+}
+
+
+void FastInfosetWriter::writeEncodedVocabulary(const Vocabulary<std::string>& voc)
+{
+	const VerbTable<std::string>& index = voc.index();
+	const unsigned int numEntries = static_cast<unsigned int>(voc.size());
+	poco_assert(voc.size() == index.size());
+	poco_assert(numEntries > 0);
+	Encoder::lengthOfSequence(_writer, numEntries);
+	for (std::size_t i = 0; i < index.size(); ++i)
+	{
+		// The zero-bit field fails the writer's bit-count check, so tables of
+		// encoded strings cannot go into an initial vocabulary.
+		_writer.write(2, 0);
+		writeEncodedCharacterString(index[i], 10);
+	}
+}
+
+
+void FastInfosetWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc, bool element)
+{
+	const VerbTable<QualifiedNameEntry>& index = voc.index();
+	const unsigned int numEntries = static_cast<unsigned int>(voc.size());
+	poco_assert(voc.size() == index.size());
+	poco_assert(numEntries > 0);
+	Encoder::lengthOfSequence(_writer, numEntries);
+	for (std::size_t i = 0; i < index.size(); ++i)
+	{
+		// As for encoded strings, the zero-bit field fails: name tables
+		// cannot go into an initial vocabulary either.
+		_writer.write(6, 0);
+		writeQualifiedName(index[i], element);
+	}
+}
+
+
+void FastInfosetWriter::notationDecl(const XMLString& name, const XMLString* publicId, const XMLString* systemId)
+{
+	poco_assert(_states.back() == UNINITIALIZED);
+	_notations.push_back(Notation(name, publicId ? *publicId : XMLString(), systemId ? *systemId : XMLString()));
+}
+
+
+void FastInfosetWriter::unparsedEntityDecl(const XMLString& name, const XMLString* publicId, const XMLString& systemId, const XMLString& notationName)
+{
+	poco_assert(_states.back() == UNINITIALIZED);
+	_unparsedEntities.push_back(UnparsedEntity(name, publicId ? *publicId : XMLString(), systemId, notationName));
+}
+
+
+void FastInfosetWriter::writeNotations(const std::vector<Notation>& notations)
+{
+	poco_assert(!notations.empty());
+	for (const Notation& notation: notations)
+	{
+		_writer.write(0x30u, 6);                  // 110000
+		// A notation record keeps an absent identifier as an empty string;
+		// an empty identifier is written as absent.
+		writeNotation(notation.getName(),
+			notation.getPublicId().empty() ? 0 : &notation.getPublicId(),
+			notation.getSystemId().empty() ? 0 : &notation.getSystemId());
+	}
+	_writer.write(0xF0u, 8);
+}
+
+
+void FastInfosetWriter::writeNotation(const std::string& name, const std::string* publicId, const std::string* systemId)
+{
+	if (_writer.bitPos() != 6)
+		throw FISEncodingException("Illegal startposition for a Notation value");
+	_writer.write(systemId != 0);
+	_writer.write(publicId != 0);
+	writeIdentifyingStringOrIndex(name, DocumentVocabulary::OTHER_NCNAME);
+	if (systemId) writeIdentifyingStringOrIndex(*systemId, DocumentVocabulary::OTHER_URI);
+	if (publicId) writeIdentifyingStringOrIndex(*publicId, DocumentVocabulary::OTHER_URI);
+}
+
+
+void FastInfosetWriter::writeUnparsedEntities(const std::vector<UnparsedEntity>& unparsedEntities)
+{
+	poco_assert(!unparsedEntities.empty());
+	for (const UnparsedEntity& entity: unparsedEntities)
+	{
+		_writer.write(0x68u, 7);                  // 1101000
+		writeUnparsedEntity(entity.getName(),
+			entity.getPublicId().empty() ? 0 : &entity.getPublicId(),
+			entity.getSystemId(),
+			entity.getNotationName());
+	}
+	_writer.write(0xF0u, 8);
+}
+
+
+void FastInfosetWriter::writeUnparsedEntity(const std::string& name, const std::string* publicId, const std::string& systemId, const std::string& notationName)
+{
+	if (_writer.bitPos() != 7)
+		throw FISEncodingException("Illegal startposition for an UnparsedEntity value");
+	_writer.write(publicId != 0);
+	writeIdentifyingStringOrIndex(name, DocumentVocabulary::OTHER_NCNAME);
+	writeIdentifyingStringOrIndex(systemId, DocumentVocabulary::OTHER_URI);
+	if (publicId) writeIdentifyingStringOrIndex(*publicId, DocumentVocabulary::OTHER_URI);
+	writeIdentifyingStringOrIndex(notationName, DocumentVocabulary::OTHER_NCNAME);
+}
+
+
+void FastInfosetWriter::startDTD(const XMLString&, const XMLString& publicId, const XMLString& systemId)
+{
+	pushState(DTD);
+	_writer.pad(false);
+	_writer.write(0x31u, 6);                      // 110001
+	writeDocumentTypeDeclaration(publicId, systemId);
+}
+
+
+void FastInfosetWriter::writeDocumentTypeDeclaration(const std::string& publicId, const std::string& systemId)
+{
+	if (_writer.bitPos() != 6)
+		throw FISEncodingException("Illegal startposition for a DocumentTypeDeclaration value");
+	_writer.write(!systemId.empty());
+	_writer.write(!publicId.empty());
+	if (!systemId.empty()) writeIdentifyingStringOrIndex(systemId, DocumentVocabulary::OTHER_URI);
+	if (!publicId.empty()) writeIdentifyingStringOrIndex(publicId, DocumentVocabulary::OTHER_URI);
+}
+
+
+void FastInfosetWriter::endDTD()
+{
+	_writer.write(15u, 4);
+	poco_assert(_writer.bitPos() == 4);
+	popState();
+}
+
+
+void FastInfosetWriter::startEntity(const XMLString&)
+{
+}
+
+
+void FastInfosetWriter::endEntity(const XMLString&)
+{
+}
+
+
+void FastInfosetWriter::comment(const XMLChar ch[], int start, int length)
+{
+	handleEncodedData();
+	if (_states.back() == DTD) return;
+	_writer.pad(false);
+	_writer.write(0xE2u, 8);
+	_text.assign(ch + start, length > 0 ? static_cast<std::size_t>(length) : 0);
+	writeComment(_text);
+}
+
+
+void FastInfosetWriter::writeComment(const std::string& text)
+{
+	if (_writer.bitPos() != 0)
+		throw FISEncodingException("Illegal startposition for a Comment value");
+	writeNonIdentifyingStringOrIndex(text, DocumentVocabulary::OTHER_STRING);
+}
+
+
+void FastInfosetWriter::writeUnexpandedEntityReference(const std::string& name, const std::string* systemId, const std::string* publicId)
+{
+	if (_writer.bitPos() != 6)
+		throw FISEncodingException("Illegal startposition for a UnexpandedEntityReference value");
+	_writer.write(systemId != 0);
+	_writer.write(publicId != 0);
+	writeIdentifyingStringOrIndex(name, DocumentVocabulary::OTHER_NCNAME);
+	if (systemId) writeIdentifyingStringOrIndex(*systemId, DocumentVocabulary::OTHER_URI);
+	if (publicId) writeIdentifyingStringOrIndex(*publicId, DocumentVocabulary::OTHER_URI);
+}
+
+
+//
+// Settings and state
+//
+void FastInfosetWriter::setDocumentVocabulary(const DocumentVocabulary& vocabulary)
+{
+	if (vocabulary.impl() == DocumentVocabulary::VOC_VECTOR) throw Ixor::InvalidArgumentException(VECTOR_REFUSED);
+	_vocabulary = vocabulary;
+}
+
+
+DocumentVocabulary& FastInfosetWriter::getDocumentVocabulary()
+{
+	return _vocabulary;
+}
+
+
+const DocumentVocabulary& FastInfosetWriter::getDocumentVocabulary() const
+{
+	return _vocabulary;
+}
+
+
+void FastInfosetWriter::setWriteXMLDeclaration(bool write)
+{
+	_writeXMLDeclaration = write;
+}
+
+
+void FastInfosetWriter::setExternalVocabulary(const std::string& uri, const DocumentVocabulary& vocabulary)
+{
+	_externalVocabularyURI = uri;
+	_externalVocabulary = vocabulary;
+}
+
+
+void FastInfosetWriter::pushState(State state)
+{
+	_states.push_back(state);
+}
+
+
+void FastInfosetWriter::popState()
+{
+	// More end events than start events must not empty the stack, whose
+	// top the CDATA and DTD tests read.
+	if (_states.size() > 1) _states.pop_back();
+}
+
+
+} } // namespace Ixor::FastInfoset

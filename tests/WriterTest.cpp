@@ -1,0 +1,340 @@
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "Poco/SAX/AttributesImpl.h"
+#include "TestSupport.h"
+#include <gtest/gtest.h>
+#include <functional>
+#include <sstream>
+
+
+using namespace Ixor::FastInfoset;
+using namespace TestSupport;
+using Ixor::XML::AttributesImpl;
+
+
+namespace {
+
+
+const std::string HEADER = "e0000001";   // identification and version
+const std::string NO_OPTIONS = "00";     // padding bit and seven absent components
+
+
+std::string document(const std::function<void(FastInfosetWriter&)>& events, bool withDocument = true)
+	/// The hex octets of a document written by a fresh default writer.
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out);
+		if (withDocument) writer.startDocument();
+		events(writer);
+		if (withDocument) writer.endDocument();
+	}
+	return toHex(out.str());
+}
+
+
+AttributesImpl attributes(std::initializer_list<std::pair<const char*, const char*>> list)
+{
+	AttributesImpl result;
+	for (auto& a: list) result.addAttribute("", a.first, a.first, "CDATA", a.second);
+	return result;
+}
+
+
+class ExposedWriter: public FastInfosetWriter
+	/// Reaches the writer's building blocks to try them at wrong positions.
+{
+public:
+	using FastInfosetWriter::FastInfosetWriter;
+	using FastInfosetWriter::writeCharacterChunk;
+	using FastInfosetWriter::writeComment;
+	using FastInfosetWriter::writeElement;
+	using FastInfosetWriter::writeAttribute;
+	using FastInfosetWriter::writeIdentifyingStringIndex;
+	using FastInfosetWriter::writeIdentifyingString;
+	using FastInfosetWriter::writeNonIdentifyingStringOrIndex;
+	using FastInfosetWriter::writeEncodedCharacterString;
+	using FastInfosetWriter::writeQualifiedNameOrIndex;
+	using FastInfosetWriter::writeNamespaceAttribute;
+	using FastInfosetWriter::writeNotation;
+	using FastInfosetWriter::writeUnparsedEntity;
+	using FastInfosetWriter::writeDocumentTypeDeclaration;
+	using FastInfosetWriter::writeUnexpandedEntityReference;
+	using FastInfosetWriter::newPrefix;
+};
+
+
+} // namespace
+
+
+TEST(WriterTest, SmallDocumentsHaveTheirExactOctets)
+{
+	struct { const char* what; std::function<void(FastInfosetWriter&)> events; std::string hex; } cases[] =
+	{
+		{"empty root element",
+			[](FastInfosetWriter& w) { w.emptyElement("", "root", "root"); },
+			// 0 element, 0 no attributes, 1111 literal name, 0 0 no prefix or namespace: 3c
+			// 0 literal local name, 0000011 length 4: 03, "root"
+			// 1111 element end, 1111 document end: ff
+			"3c 03 726f6f74 ff"},
+		{"one attribute and text",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "a", "a", attributes({{"x", "1"}}));
+				w.characters("hi");
+				w.endElement("", "a", "a");
+			},
+			// 0 element, 1 attributes, 1111 00 literal name: 7c; 00 "a"
+			// 0 attribute, 11110 00 literal attribute name: 78; 00 "x"
+			// 0 literal, 1 add to table, 00 UTF-8, 0000 length 1: 40; "1"
+			// 1111 end of attributes, 0000 padding: f0
+			// 10 chunk, 0 literal, 1 add, 00 UTF-8, 01 length 2: 91; "hi"
+			"7c 00 61 78 00 78 40 31 f0 91 6869 ff"},
+		{"attribute value indexed the second time",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.emptyElement("", "c", "c", attributes({{"v", "red"}}));
+				w.emptyElement("", "c", "c", attributes({{"v", "red"}}));
+				w.endElement("", "r", "r");
+			},
+			// r: 3c 00 "r"
+			// c: 7c 00 "c", 78 00 "v", 0 1 00 0010 (length 3): 42 "red", 1111 1111: ff
+			// c again: 0 1 000001 element name index 2: 41; 0 0000000 attribute name index 1: 00
+			//   1 existing, 0000000 index 1: 80; ff
+			// end of r and of the document: ff
+			"3c 00 72 7c 00 63 78 00 76 42 726564 ff 41 00 80 ff ff"},
+		{"a 16-octet chunk is indexed, a 17-octet chunk never",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.characters("abcdefghijklmnop");
+				w.characters("abcdefghijklmnop");
+				w.characters("abcdefghijklmnopq");
+				w.characters("abcdefghijklmnopq");
+				w.endElement("", "r", "r");
+			},
+			// 10 0 1 00 10 + 8 bits of 16 - 3: 92 0d
+			// 10 1 00000 index 1: a0
+			// 10 0 0 00 10 + 8 bits of 17 - 3: 82 0e, twice
+			"3c 00 72 92 0d 6162636465666768696a6b6c6d6e6f70 a0"
+			" 82 0e 6162636465666768696a6b6c6d6e6f7071 82 0e 6162636465666768696a6b6c6d6e6f7071 ff"},
+		{"consecutive integers become one chunk",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.encodedData(1);
+				w.encodedData(2);
+				w.encodedData(-1);
+				w.endElement("", "r", "r");
+			},
+			// 10 chunk, 0 literal, 0 not added, 11 algorithm, 00000011 (4): 8c | 000011..
+			// ..10 + 8 bits of 12 - 3 (length 12): 0e 09, then three big-endian ints
+			"3c 00 72 8c 0e 09 00000001 00000002 ffffffff ff"},
+		{"binary data as base64",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.binaryData("\x01\x02\x03", 3);
+				w.endElement("", "r", "r");
+			},
+			// 10 0 0 11 00|000001 (algorithm 2) 10|00000000 (length 3)
+			"3c 00 72 8c 06 00 010203 ff"},
+		{"characters inside CDATA use the CDATA algorithm",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.startCDATA();
+				w.characters("x<y");
+				w.endCDATA();
+				w.endElement("", "r", "r");
+			},
+			// 10 0 1 11 00|001001 (algorithm 10) 10|00000000 (length 3)
+			"3c 00 72 9c 26 00 783c79 ff"},
+		{"a comment",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.comment("hi", 0, 2);
+				w.endElement("", "r", "r");
+			},
+			// e2, then 0 literal 1 add 00 UTF-8 0001 (length 2): 41
+			"3c 00 72 e2 41 6869 ff"},
+		{"a processing instruction",
+			[](FastInfosetWriter& w)
+			{
+				w.startElement("", "r", "r");
+				w.processingInstruction("t", "d");
+				w.endElement("", "r", "r");
+			},
+			// e1, target 0 0000000 "t", data 0 1 00 0000 "d"
+			"3c 00 72 e1 00 74 40 64 ff"},
+		{"a DTD with only a system identifier",
+			[](FastInfosetWriter& w)
+			{
+				w.startDTD("r", "", "r.dtd");
+				w.endDTD();
+				w.emptyElement("", "r", "r");
+			},
+			// 110001 1 0: c6, 0 0000100 (length 5) "r.dtd", 1111 then the element's padding: f0
+			"c6 04 722e647464 f0 3c 00 72 ff"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		std::string expected = HEADER + NO_OPTIONS + c.hex;
+		expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
+		EXPECT_EQ(expected, document(c.events));
+	}
+}
+
+
+TEST(WriterTest, NamespaceDeclarationsGoOutOrderedByPrefix)
+{
+	const std::string declared = document([](FastInfosetWriter& w)
+	{
+		w.startPrefixMapping("b", "urn:b");
+		w.startPrefixMapping("a", "urn:a");
+		w.startPrefixMapping("", "urn:d");
+		w.startElement("urn:d", "e", "e");
+		w.endElement("urn:d", "e", "e");
+	});
+	// 0 0 111000: 38; then per declaration 110011, prefix bit, namespace bit:
+	// default (0 1): cd 04 "urn:d"; a (1 1): cf 00 "a" 04 "urn:a"; b: cf 00 "b" 04 "urn:b"
+	// 1111 000000: f0 and the name at the third bit: 00 1111 0 1: 3d,
+	// namespace index 2: 1 0000001: 81, local name 00 "e"
+	EXPECT_EQ(HEADER + NO_OPTIONS + "38" + "cd04" + toHex("urn:d") + "cf0061" "04" + toHex("urn:a")
+		+ "cf0062" "04" + toHex("urn:b") + "f0" "3d" "81" "0065" "ff", declared);
+
+	const std::string generated = document([](FastInfosetWriter& w) { w.emptyElement("urn:x", "e", ""); });
+	// ns1 is declared for urn:x: cf 02 "ns1" 04 "urn:x", f0, then the name with
+	// prefix and namespace as indexes 2 and 2: 3f 81 81 00 "e"
+	EXPECT_EQ(HEADER + NO_OPTIONS + "38" "cf02" + toHex("ns1") + "04" + toHex("urn:x") + "f0" "3f" "81" "81" "0065" "ff", generated);
+}
+
+
+TEST(WriterTest, HeaderCarriesDeclarationsAndTheInitialVocabulary)
+{
+	std::ostringstream withNotation;
+	{
+		FastInfosetWriter writer(withNotation);
+		const std::string system("sys");
+		writer.notationDecl("n", 0, &system);
+		writer.startDocument();
+		writer.emptyElement("", "r", "r");
+		writer.endDocument();
+	}
+	// 0 0010000 notations present; 110000 1 0: c2, 00 "n", 02 "sys", f0
+	EXPECT_EQ(HEADER + "10" "c2" "006e" "02737973" "f0" "3c0072ff", toHex(withNotation.str()));
+
+	std::ostringstream withDeclaration;
+	{
+		FastInfosetWriter writer(withDeclaration, true, DocumentVocabulary::VOC_HASH);
+		writer.startDocument();
+		writer.emptyElement("", "r", "r");
+		writer.endDocument();
+	}
+	EXPECT_EQ(toHex("<?xml encoding='finf'?>") + HEADER + NO_OPTIONS + "3c0072ff", toHex(withDeclaration.str()));
+
+	DocumentVocabulary vocabulary;
+	bool found = false;
+	vocabulary.index(DocumentVocabulary::PREFIX, "p", found);
+	std::ostringstream withVocabulary;
+	{
+		FastInfosetWriter writer(withVocabulary, false, vocabulary);
+		writer.startDocument();
+		writer.emptyElement("", "r", "r");
+		writer.endDocument();
+	}
+	// 0 0100000 initial vocabulary; 000 padding, 0 0 0 (external, alphabets,
+	// algorithms), 1 prefixes, nine 0 bits: 02 00; sequence length 1: 00; 0 0000000 "p"
+	EXPECT_EQ(HEADER + "20" "0200" "00" "0070" "3c0072ff", toHex(withVocabulary.str()));
+}
+
+
+TEST(WriterTest, MisuseIsRefused)
+{
+	std::ostringstream out;
+	FastInfosetWriter writer(out);
+	writer.startDocument();
+	EXPECT_EQ("Tag mismatch", messageOf<FISException>([&] { writer.startElement("", "", ""); }));
+	EXPECT_EQ("Tag mismatch: p:q", messageOf<FISException>([&] { writer.startElement("urn:u", "", "p:q"); }));
+	writer.startCDATA();
+	EXPECT_EQ("Cannot nest CDATA sections", messageOf<FISException>([&] { writer.startCDATA(); }));
+	EXPECT_EQ("startFragment() not allowed", messageOf<FISException>([&] { writer.startFragment(); }));
+	EXPECT_EQ("endFragment() not allowed", messageOf<FISException>([&] { writer.endFragment(); }));
+	EXPECT_EQ("A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter",
+		messageOf<Ixor::InvalidArgumentException>([&] { writer.setDocumentVocabulary(DocumentVocabulary(DocumentVocabulary::VOC_VECTOR)); }));
+	EXPECT_EQ(DocumentVocabulary::VOC_HASH, writer.getDocumentVocabulary().impl());
+	EXPECT_THROW(writer.notationDecl("n", 0, 0), Ixor::AssertionViolationException);
+}
+
+
+TEST(WriterTest, BuildingBlocksRefuseWrongPositions)
+{
+	std::ostringstream out;
+	ExposedWriter writer(out);
+	writer.startDocument();   // leaves the writer on an octet boundary
+	const std::string text("t");
+	Ixor::AutoPtr<Encoding> none;
+	struct { const char* message; std::function<void()> write; } cases[] =
+	{
+		{"Illegal startposition for an Element value",                       [&] { writer.writeElement("", "", "e"); }},
+		{"Illegal startposition for a Attribute value",                      [&] { writer.writeAttribute("", "", "a", "v"); }},
+		{"Illegal startposition for a CharacterChunk value",                 [&] { writer.writeCharacterChunk(text); }},
+		{"Illegal startposition for a writeEncodedCharacterString",          [&] { writer.writeEncodedCharacterString(text, 0); }},
+		{"Illegal startposition for a writeQualifiedNameOrIndex value",      [&] { writer.writeQualifiedNameOrIndex("", "", "e", true); }},
+		{"Illegal startposition for a NamespaceAttribute value",             [&] { writer.writeNamespaceAttribute("p", "u"); }},
+		{"Illegal startposition for a Notation value",                       [&] { writer.writeNotation("n", 0, 0); }},
+		{"Illegal startposition for an UnparsedEntity value",                [&] { writer.writeUnparsedEntity("n", 0, "s", "x"); }},
+		{"Illegal startposition for a DocumentTypeDeclaration value",        [&] { writer.writeDocumentTypeDeclaration("", "s"); }},
+		{"Illegal startposition for a UnexpandedEntityReference value",      [&] { writer.writeUnexpandedEntityReference("n", 0, 0); }},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.message);
+		EXPECT_EQ(c.message, messageOf<FISEncodingException>(c.write));
+	}
+	out.str("");
+}
+
+
+TEST(WriterTest, PointerCharactersStopAtAZeroInsideTheirRange)
+{
+	const char text[] = {'x', 'a', 'b', 'c', '\0', 'd', 'e', 'f'};   // no terminator after the range
+	const std::string zeroInside = document([&](FastInfosetWriter& w)
+	{
+		w.startElement("", "r", "r");
+		w.characters(text, 1, 7);
+		w.endElement("", "r", "r");
+	});
+	const std::string plain = document([](FastInfosetWriter& w)
+	{
+		w.startElement("", "r", "r");
+		w.characters(std::string("abc"));
+		w.characters(std::string());   // empty text writes nothing
+		w.endElement("", "r", "r");
+	});
+	EXPECT_EQ(plain, zeroInside);
+}
+
+
+TEST(WriterTest, GeneratedPrefixesCountForTheWritersLife)
+{
+	std::ostringstream out;
+	ExposedWriter writer(out);
+	EXPECT_EQ("ns1", writer.newPrefix());
+	EXPECT_EQ("ns2", writer.newPrefix());
+}
+
+
+TEST(WriterTest, FailingStreamRaisesIOException)
+{
+	std::ostringstream out;
+	out.setstate(std::ios::badbit);
+	FastInfosetWriter writer(out);
+	writer.startDocument();
+	writer.emptyElement("", "r", "r");
+	EXPECT_EQ("error while writing Fast Infoset document to stream", messageOf<Ixor::IOException>([&] { writer.endDocument(); }));
+	out.clear();
+}
