@@ -1,0 +1,309 @@
+#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "EventRecorder.h"
+#include "TestSupport.h"
+#include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/SAXException.h"
+#include <gtest/gtest.h>
+#include <random>
+#include <sstream>
+#include <stdexcept>
+
+
+using namespace Ixor::FastInfoset;
+using namespace TestSupport;
+using Ixor::XML::XMLReader;
+
+
+namespace {
+
+
+const std::string HEADER = fromHex("e0 00 00 01");
+
+
+std::string events(const std::string& document)
+	/// The events of a document as text; an exception ends them with its message.
+{
+	EventRecorder recorder;
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	try
+	{
+		parser.parseMemoryNP(document.data(), document.size());
+	}
+	catch (const Ixor::Exception& exc)
+	{
+		recorder.lines.push_back(std::string("! ") + exc.message());
+	}
+	return recorder.text();
+}
+
+
+std::string sampleDocument()
+	/// A small document with most kinds of items.
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out);
+		const std::string system("n.dtd");
+		w.notationDecl("n", 0, &system);
+		w.startDocument();
+		w.startDTD("r", "-//P//EN", "r.dtd");
+		w.endDTD();
+		w.startPrefixMapping("p", "urn:p");
+		Ixor::XML::AttributesImpl attributes;
+		attributes.addAttribute("", "a", "a", "CDATA", "value");
+		attributes.addAttribute("urn:p", "b", "p:b", "CDATA", "value");
+		w.startElement("urn:p", "root", "p:root", attributes);
+		w.characters("some text");
+		w.comment("note", 0, 4);
+		w.processingInstruction("pi", "data");
+		w.encodedData(42);
+		w.encodedData(3.5);
+		w.startCDATA();
+		w.characters("x<y");
+		w.endCDATA();
+		w.emptyElement("urn:p", "root", "p:root", attributes);
+		w.endElement("urn:p", "root", "p:root");
+		w.endPrefixMapping("p");
+		w.endDocument();
+	}
+	return out.str();
+}
+
+
+void expectRefusedCleanly(const std::string& input)
+	/// Parses input over memory and over a stream: either it is a document,
+	/// or an exception of the library's or the host's family ends the parse.
+{
+	for (bool overStream: {false, true})
+	{
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		recorder.attachTo(parser);
+		try
+		{
+			if (overStream)
+			{
+				std::istringstream in(input);
+				Ixor::XML::InputSource source(in);
+				parser.parse(&source);
+			}
+			else parser.parseMemoryNP(input.data(), input.size());
+		}
+		catch (const Ixor::Exception&)
+		{
+		}
+		catch (const std::out_of_range&)
+		{
+		}
+	}
+}
+
+
+} // namespace
+
+
+TEST(ParserTest, ItemsTheWriterNeverProducesAreRead)
+{
+	struct { const char* what; std::string document; const char* events; } cases[] =
+	{
+		{"a UTF-16 chunk",
+			// 10 0 0 01 10|00000001: length 4, big-endian U+00C4 U+20AC
+			HEADER + fromHex("00 3c 00 72 86 01 00c4 20ac ff"),
+			"startDocument\nstartElement {}r \ncharacters \xC3\x84\xE2\x82\xAC\nendElement {}r \nendDocument\n"},
+		{"a chunk in a restricted alphabet of the initial vocabulary",
+			// initial vocabulary with one alphabet "abc" (index 16); the chunk:
+			// 10 0 0 10 00|001111 (alphabet 16) 00 (length 1), 1b = 00 01 10 11
+			HEADER + fromHex("20 0800 00 02 616263 3c 00 72 88 3c 1b ff"),
+			"startDocument\nstartElement {}r \ncharacters abc\nendElement {}r \nendDocument\n"},
+		{"an element name from the initial vocabulary",
+			// local name "a" and the surrogate (no prefix, no namespace, local 1);
+			// the element is index 1 at the third bit: 00 000000
+			HEADER + fromHex("20 0082 00 00 61 00 00 00 00 ff"),
+			"startDocument\nstartElement {}a \nendElement {}a \nendDocument\n"},
+		{"additional data is skipped",
+			HEADER + fromHex("40 00 01 6964 00 78 3c 00 72 ff"),
+			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+		{"encoding scheme, standalone and version are read and dropped",
+			HEADER + fromHex("07 04 5554462d38 01 02 312e30 3c 00 72 ff"),
+			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+		{"an entity reference is reported to nobody",
+			HEADER + fromHex("00 3c 00 72 c8 00 65 ff"),
+			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+		{"a literal added twice gets two indexes",
+			// "x" literal with add-to-table twice, then indexes 2 and 1: 10 1 00001, 10 1 00000
+			HEADER + fromHex("00 3c 00 72 90 78 90 78 a1 a0 ff"),
+			"startDocument\nstartElement {}r \ncharacters x\ncharacters x\ncharacters x\ncharacters x\nendElement {}r \nendDocument\n"},
+		{"an unknown child code",
+			HEADER + fromHex("00 3c 00 72 e3"),
+			"startDocument\nstartElement {}r \n! Parse error: unknown element child code\n"},
+		{"an invalid child code",
+			HEADER + fromHex("00 3c 00 72 cc"),
+			"startDocument\nstartElement {}r \n! Invalid child element\n"},
+		{"an element cut short",
+			HEADER + fromHex("00 3c 00 72"),
+			"startDocument\nstartElement {}r \n! Unexpected end of stream while parsing element children\n"},
+		{"a chunk cut short uses the typed reader's spelling",
+			HEADER + fromHex("00 3c 00 72 90"),
+			"startDocument\nstartElement {}r \n! Unexpected end of stream while parsing octet string\n"},
+		{"an initial vocabulary without tables",
+			HEADER + fromHex("20 0000"),
+			"! Initial Vocabulary detected with zero information in it - at least one dictionary required\n"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		EXPECT_EQ(c.events, events(c.document));
+	}
+}
+
+
+TEST(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		w.startElement("", "r", "r");
+		w.startCDATA();
+		w.characters("x<y");
+		w.endCDATA();
+		w.endElement("", "r", "r");
+		w.endDocument();
+	}
+	const std::string document = out.str();
+	EXPECT_EQ("startDocument\nstartElement {}r \nstartCDATA\ncharacters x<y\nendCDATA\nendElement {}r \nendDocument\n", events(document));
+
+	EventRecorder recorder;
+	FastInfosetParser parser;
+	parser.setContentHandler(&recorder);
+	parser.parseMemoryNP(document.data(), document.size());
+	EXPECT_EQ("startDocument\nstartElement {}r \ncharacters x<y\nendElement {}r \nendDocument\n", recorder.text());
+}
+
+
+TEST(ParserTest, FeaturesAndPropertiesRefuseWhatTheyDoNotKnow)
+{
+	FastInfosetParser parser;
+	EXPECT_TRUE(parser.getFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES));
+	EXPECT_TRUE(parser.getFeature(XMLReader::FEATURE_NAMESPACES));
+	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
+	EXPECT_EQ("namespace support cannot be disabled",
+		messageOf<Ixor::XML::SAXNotSupportedException>([&] { parser.setFeature(XMLReader::FEATURE_NAMESPACES, false); }));
+	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, false);
+	EXPECT_FALSE(parser.getFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES));
+	EXPECT_EQ("urn:x", messageOf<Ixor::XML::SAXNotRecognizedException>([&] { parser.setFeature("urn:x", true); }));
+	EXPECT_EQ("urn:x", messageOf<Ixor::XML::SAXNotRecognizedException>([&] { parser.getFeature("urn:x"); }));
+	EXPECT_EQ("property does not take a string value: " + XMLReader::PROPERTY_LEXICAL_HANDLER,
+		messageOf<Ixor::XML::SAXNotSupportedException>([&] { parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, std::string("x")); }));
+	EXPECT_EQ("urn:x", messageOf<Ixor::XML::SAXNotRecognizedException>([&] { parser.setProperty("urn:x", std::string("x")); }));
+	EXPECT_EQ("urn:x", messageOf<Ixor::XML::SAXNotRecognizedException>([&] { parser.getProperty("urn:x"); }));
+
+	EventRecorder typed;
+	Ixor::XML::DefaultHandler plain;
+	parser.setContentHandler(&typed);
+	parser.setContentHandler(&plain);
+	EXPECT_EQ(&plain, parser.getContentHandler());
+
+	Ixor::XML::InputSource nowhere;
+	EXPECT_THROW(parser.parse(&nowhere), Ixor::Exception);
+}
+
+
+TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
+{
+	const std::string document = sampleDocument();
+	for (bool prefixes: {true, false})
+	{
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, prefixes);
+		parser.setContentHandler(&recorder);
+		parser.parseMemoryNP(document.data(), document.size());
+		EXPECT_EQ(prefixes ? "startElement {urn:p}root p:root {}a[|]=value {urn:p}b[|]=value" : "startElement {urn:p}root  {}a[|]=value {urn:p}b[|]=value",
+			recorder.lines.at(2));
+	}
+}
+
+
+TEST(ParserTest, OneParserReadsSeveralDocuments)
+{
+	const std::string document = sampleDocument();
+	const std::string once = events(document);
+	EventRecorder recorder;
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	for (int i = 0; i < 3; ++i)
+	{
+		recorder.lines.clear();
+		std::istringstream in(document);
+		Ixor::XML::InputSource source(in);
+		parser.parse(&source);
+		EXPECT_EQ(once, recorder.text());
+	}
+}
+
+
+TEST(ParserTest, ReEncodingGivesTheSameOctets)
+{
+	const std::string document = sampleDocument();
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out);
+		FastInfosetParser parser(DocumentVocabulary::VOC_HASH);
+		parser.initialize(&writer);
+		parser.parseMemoryNP(document.data(), document.size());
+	}
+	EXPECT_EQ(toHex(document), toHex(out.str()));
+}
+
+
+TEST(ParserTest, TruncatedFlippedAndRandomInputEndsInAnException)
+{
+	const std::string document = sampleDocument();
+	for (std::size_t length = 0; length < document.size(); ++length)
+	{
+		SCOPED_TRACE(length);
+		const std::string prefix = document.substr(0, length);
+		std::string message = events(prefix);
+		EXPECT_EQ('!', message[message.rfind('\n', message.size() - 2) + 1]) << message;
+		expectRefusedCleanly(prefix);
+	}
+	for (std::size_t bit = 0; bit < document.size() * 8; ++bit)
+	{
+		std::string flipped = document;
+		flipped[bit / 8] ^= static_cast<char>(0x80 >> (bit % 8));
+		expectRefusedCleanly(flipped);
+	}
+	std::mt19937 random(1234);
+	for (int i = 0; i < 3000; ++i)
+	{
+		std::string noise(random() % 64, '\0');
+		for (char& c: noise) c = static_cast<char>(random());
+		expectRefusedCleanly(HEADER + noise);
+		expectRefusedCleanly(document.substr(0, random() % document.size()) + noise);
+	}
+}
+
+
+TEST(ParserTest, DeepNestingIsLimited)
+{
+	// The first element names "r" literally; each further one is index 1.
+	const int depth = 200000;
+	std::string document = HEADER + fromHex("00 3c 00 72") + std::string(depth - 1, '\0');
+	EXPECT_EQ("Maximum element depth exceeded", messageOf<FISParseException>([&]
+	{
+		FastInfosetParser parser;
+		parser.parseMemoryNP(document.data(), document.size());
+	}));
+
+	// Closed properly, the same depth is read when the limit allows it.
+	document += std::string(depth / 2, '\xff') + '\xf0';
+	FastInfosetParser parser;
+	parser.setMaxElementDepth(depth);
+	parser.parseMemoryNP(document.data(), document.size());
+}
