@@ -11,6 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include <iosfwd>
 
 
 namespace Ixor {
@@ -38,6 +39,13 @@ public:
 
 	static const unsigned char lowBitMask[9];
 		/// Entry n has the n least significant bits set.
+
+	static void convertToFIS(std::istream& in, std::ostream& out, int options);
+		/// Converter::convertToFIS(in, out, options, 0): no string but the
+		/// empty one is indexed.
+
+	static void convertToXML(std::istream& in, std::ostream& out);
+		/// Converter::convertToXML(in, out, 1).
 
 private:
 	Utility() = delete;

@@ -1,0 +1,250 @@
+#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "EventRecorder.h"
+#include "TestSupport.h"
+#include "Poco/DirectoryIterator.h"
+#include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/SAXParser.h"
+#include "Poco/SAX/WhitespaceFilter.h"
+#include <gtest/gtest.h>
+#include <fstream>
+#include <sstream>
+
+
+using namespace Ixor::FastInfoset;
+using namespace TestSupport;
+using Ixor::XML::XMLReader;
+
+
+namespace {
+
+
+std::vector<std::string> dataFiles()
+{
+	std::vector<std::string> files;
+	for (Poco::DirectoryIterator it{std::string(FASTINFOSET_TEST_DATA)}, end; it != end; ++it)
+	{
+		if (it.path().getExtension() == "xml") files.push_back(it.path().toString());
+	}
+	std::sort(files.begin(), files.end());
+	return files;
+}
+
+
+void parseXML(const std::string& path, bool stripWhitespace, Ixor::XML::ContentHandler* pContent, Ixor::XML::LexicalHandler* pLexical, Ixor::XML::DTDHandler* pDTD)
+	/// Feeds the events of an XML file to the handlers, as the converter does.
+{
+	std::ifstream in(path, std::ios::binary);
+	Ixor::XML::SAXParser parser;
+	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
+	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+	Ixor::XML::WhitespaceFilter filter(&parser);
+	XMLReader& reader = stripWhitespace ? static_cast<XMLReader&>(filter) : static_cast<XMLReader&>(parser);
+	reader.setContentHandler(pContent);
+	reader.setDTDHandler(pDTD);
+	reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexical);
+	Ixor::XML::InputSource source(in);
+	reader.parse(&source);
+}
+
+
+EventRecorder::Options comparable()
+{
+	EventRecorder::Options options;
+	options.comparable = true;
+	return options;
+}
+
+
+std::string written(const std::function<void(FastInfosetWriter&)>& events)
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out);
+		writer.startDocument();
+		events(writer);
+		writer.endDocument();
+	}
+	return out.str();
+}
+
+
+std::vector<std::string> parsed(const std::string& document, bool typed = true)
+{
+	EventRecorder recorder;
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	if (!typed)
+	{
+		// A plain content handler that forwards to the recorder.
+		struct Plain: public Ixor::XML::DefaultHandler
+		{
+			EventRecorder* p;
+			void startElement(const std::string& u, const std::string& l, const std::string& q, const Ixor::XML::Attributes& a) { p->startElement(u, l, q, a); }
+			void endElement(const std::string& u, const std::string& l, const std::string& q) { p->endElement(u, l, q); }
+			void characters(const char ch[], int start, int length) { p->characters(ch, start, length); }
+		} plain;
+		plain.p = &recorder;
+		parser.setContentHandler(&plain);
+		parser.parseMemoryNP(document.data(), document.size());
+		return recorder.lines;
+	}
+	parser.parseMemoryNP(document.data(), document.size());
+	return recorder.lines;
+}
+
+
+} // namespace
+
+
+TEST(RoundTripTest, DataFilesKeepTheirEventsThroughWriterAndParser)
+{
+	const std::vector<std::string> files = dataFiles();
+	ASSERT_GE(files.size(), 5u);
+	for (const std::string& path: files)
+	{
+		for (bool strip: {false, true})
+		{
+			SCOPED_TRACE(path + (strip ? " without ignorable whitespace" : ""));
+			EventRecorder original(comparable());
+			parseXML(path, strip, &original, &original, &original);
+
+			std::ostringstream fi;
+			{
+				FastInfosetWriter writer(fi, false, DocumentVocabulary::VOC_HASH);
+				parseXML(path, strip, &writer, &writer, &writer);
+			}
+			EventRecorder decoded(comparable());
+			FastInfosetParser parser;
+			decoded.attachTo(parser);
+			const std::string octets = fi.str();
+			parser.parseMemoryNP(octets.data(), octets.size());
+			EXPECT_EQ("", firstDifference(original.lines, decoded.lines));
+			EXPECT_LT(octets.size(), std::ifstream(path, std::ios::binary | std::ios::ate).tellg());
+		}
+	}
+}
+
+
+TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
+{
+	const std::string document = written([](FastInfosetWriter& w) { (void) w; });
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out);
+		const std::string publicId("-//N//EN");
+		const std::string systemId("n.txt");
+		w.notationDecl("n", &publicId, &systemId);
+		w.notationDecl("m", 0, &systemId);
+		w.unparsedEntityDecl("pic", 0, "pic.png", "n");
+		w.unparsedEntityDecl("doc", &publicId, "doc.txt", "m");
+		w.startDocument();
+		w.startDTD("root", "", "root.dtd");
+		w.processingInstruction("inside", "the DTD");
+		w.endDTD();
+		w.comment("before", 0, 6);
+		w.startPrefixMapping("", "urn:default");
+		w.startPrefixMapping("b", "urn:b");
+		w.startPrefixMapping("a", "urn:a");
+		Ixor::XML::AttributesImpl attributes;
+		attributes.addAttribute("urn:a", "x", "a:x", "CDATA", "1");
+		attributes.addAttribute("", "y", "y", "CDATA", "");
+		w.startElement("urn:default", "root", "root", attributes);
+		w.startElement("urn:generated", "child", "");
+		w.characters("text");
+		w.startCDATA();
+		w.characters("a < b");
+		w.endCDATA();
+		w.processingInstruction("target", "data");
+		w.endElement("urn:generated", "child", "");
+		w.emptyElement("urn:b", "leaf", "b:leaf");
+		w.endElement("urn:default", "root", "root");
+		w.endPrefixMapping("a");
+		w.endPrefixMapping("b");
+		w.endPrefixMapping("");
+		w.endDocument();
+	}
+	const std::vector<std::string> expected =
+	{
+		"notation n public=-//N//EN system=n.txt",
+		"notation m public=(null) system=n.txt",
+		"unparsedEntity pic public=(null) system=pic.png notation=n",
+		"unparsedEntity doc public=-//N//EN system=doc.txt notation=m",
+		"startDocument",
+		"startDTD  public= system=root.dtd",
+		"pi inside the DTD",
+		"endDTD",
+		"comment before",
+		"startPrefixMapping =urn:default",
+		"startPrefixMapping a=urn:a",
+		"startPrefixMapping b=urn:b",
+		"startElement {urn:default}root  {urn:a}x[|]=1 {}y[|]=",
+		"startPrefixMapping ns1=urn:generated",
+		"startElement {urn:generated}child ns1:child",
+		"characters text",
+		"startCDATA",
+		"characters a < b",
+		"endCDATA",
+		"pi target data",
+		"endElement {urn:generated}child ns1:child",
+		"endPrefixMapping ns1",
+		// The generated prefix stays declared in the parent's context, so
+		// the next sibling declares it again.
+		"startPrefixMapping ns1=urn:generated",
+		"startElement {urn:b}leaf b:leaf",
+		"endElement {urn:b}leaf b:leaf",
+		"endPrefixMapping ns1",
+		// The declaration list is the one of the element read last.
+		"endElement {urn:default}root ",
+		"endPrefixMapping ns1",
+		"endDocument",
+	};
+	EXPECT_EQ(expected, parsed(out.str()));
+	(void) document;
+}
+
+
+TEST(RoundTripTest, TypedValuesArriveTypedOrAsText)
+{
+	Ixor::UUID uuid("6ba7b810-9dad-11d1-80b4-00c04fd430c8");
+	const std::string document = written([&](FastInfosetWriter& w)
+	{
+		w.startElement("", "r", "r");
+		w.encodedData(short(-32768)); w.encodedData(short(32767));
+		w.startElement("", "i", "i"); w.encodedData(-2147483647 - 1); w.encodedData(2147483647); w.endElement("", "i", "i");
+		w.startElement("", "l", "l"); w.encodedData(long(-9223372036854775807L - 1)); w.endElement("", "l", "l");
+		w.startElement("", "b", "b"); w.encodedData(true); w.encodedData(false); w.encodedData(true); w.endElement("", "b", "b");
+		w.startElement("", "f", "f"); w.encodedData(1.5f); w.encodedData(0.0f); w.endElement("", "f", "f");
+		w.startElement("", "d", "d"); w.encodedData(-2.25); w.endElement("", "d", "d");
+		w.startElement("", "u", "u"); w.encodedData(uuid); w.endElement("", "u", "u");
+		w.startElement("", "x", "x"); w.binaryData("\x00\xff\x10", 3); w.endElement("", "x", "x");
+		w.endElement("", "r", "r");
+	});
+	const std::vector<std::string> typed =
+	{
+		"startDocument", "startElement {}r ", "short -32768", "short 32767",
+		"startElement {}i ", "int -2147483648", "int 2147483647", "endElement {}i ",
+		"startElement {}l ", "long -9223372036854775808", "endElement {}l ",
+		"startElement {}b ", "bool true", "bool false", "bool true", "endElement {}b ",
+		"startElement {}f ", "float 1.5", "float 0", "endElement {}f ",
+		"startElement {}d ", "double -2.25", "endElement {}d ",
+		"startElement {}u ", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8", "endElement {}u ",
+		"startElement {}x ", "binaryData 00FF10", "endElement {}x ",
+		"endElement {}r ", "endDocument",
+	};
+	EXPECT_EQ(typed, parsed(document));
+
+	const std::vector<std::string> text = parsed(document, false);
+	const std::vector<std::string> expectedText =
+	{
+		"startElement {}r ", "characters -32768 32767",
+		"startElement {}i ", "characters -2147483648 2147483647", "endElement {}i ",
+		"startElement {}l ", "characters -9223372036854775808", "endElement {}l ",
+		"startElement {}b ", "characters true false true", "endElement {}b ",
+	};
+	ASSERT_GE(text.size(), expectedText.size());
+	EXPECT_EQ(expectedText, std::vector<std::string>(text.begin(), text.begin() + expectedText.size()));
+	EXPECT_EQ("characters AP8Q", text[text.size() - 3]);   // base64 text of 00 ff 10
+}
