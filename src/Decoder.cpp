@@ -4,7 +4,18 @@
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/Encoding.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
+#include "Poco/NullStream.h"
+#include "Poco/Path.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/SAXParser.h"
+#include "Poco/URI.h"
+#include "Poco/URIStreamOpener.h"
+#include <istream>
+#include <memory>
 
 
 namespace Ixor {
@@ -13,6 +24,7 @@ namespace FastInfoset {
 
 namespace
 {
+	const int MAX_EXTERNAL_VOCABULARY_NESTING = 8;
 	const char* const INVALID_HEADER = "Not a valid Fast Infoset document (invalid header)";
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
 }
@@ -372,7 +384,7 @@ void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabular
 }
 
 
-void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* /*pHandler*/)
+void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
 {
 	aReader.skip(1);
 	std::string uri;
@@ -380,7 +392,43 @@ void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabul
 	// The vocabulary that already carries this URI is kept as it is: that is
 	// how an application supplies an external vocabulary in advance.
 	if (uri == vocabulary.getURI()) return;
-	throw FISException("External vocabularies cannot be loaded in this build", uri);
+
+	// A vocabulary document may name an external vocabulary itself; one that
+	// names itself, directly or through others, must not recurse forever.
+	static thread_local int nesting = 0;
+	if (nesting >= MAX_EXTERNAL_VOCABULARY_NESTING)
+		throw FISException("External vocabularies nested too deeply", uri);
+	struct NestingGuard
+	{
+		NestingGuard() { ++nesting; }
+		~NestingGuard() { --nesting; }
+	} guard;
+
+	std::unique_ptr<std::istream> pStream(Ixor::URIStreamOpener::defaultOpener().open(uri));
+	std::string path = Ixor::URI(uri).getPath();
+	path = Ixor::toLower(path);
+	Ixor::XML::InputSource source(*pStream);
+	if (Ixor::Path(path).getExtension() == "xml")
+	{
+		Ixor::NullOutputStream nowhere;
+		FastInfosetWriter writer(nowhere);
+		Ixor::XML::SAXParser parser;
+		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACES, true);
+		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+		parser.setContentHandler(&writer);
+		parser.setDTDHandler(&writer);
+		parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
+		parser.parse(&source);
+		vocabulary = writer.getDocumentVocabulary();
+	}
+	else
+	{
+		FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
+		parser.parse(&source);
+		vocabulary = parser.vocabulary();
+	}
+	// A parser without document handler still reads the document.
+	if (pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
 }
 
 

@@ -66,6 +66,7 @@ FastInfosetParser::FastInfosetParser(const DocumentVocabulary& vocabulary):
 
 void FastInfosetParser::init()
 {
+	_alphabets = _vocabulary.restrictedAlphabets();
 	_pEntityResolver = 0;
 	_pDTDHandler = 0;
 	_pContentHandler = 0;
@@ -294,6 +295,10 @@ void FastInfosetParser::parseDocument(BitStreamReader& r)
 {
 	_openElements.clear();
 	_namespaceDeclarations.clear();
+	// A reset keeps the alphabets, so those that the previous document added
+	// would shift the indexes of this document's own: every document starts
+	// from the alphabets the parser was built with.
+	_vocabulary.restrictedAlphabets() = _alphabets;
 	Decoder::documentPreHeader(r, _xmlDeclaration);
 	if (_pDocumentHandler) _pDocumentHandler->setWriteXMLDeclaration(!_xmlDeclaration.empty());
 	Decoder::OpenHeaderParts parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler);

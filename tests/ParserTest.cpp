@@ -5,9 +5,15 @@
 #include "TestSupport.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
+#include "Poco/File.h"
+#include "Poco/NullStream.h"
+#include "Poco/Path.h"
 #include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/SAXParser.h"
+#include "Poco/TemporaryFile.h"
 #include "Poco/SAX/SAXException.h"
 #include <gtest/gtest.h>
+#include <fstream>
 #include <random>
 #include <sstream>
 #include <stdexcept>
@@ -232,6 +238,14 @@ TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 
 TEST(ParserTest, OneParserReadsSeveralDocuments)
 {
+	// Each document's alphabets get the same indexes, however many came before.
+	const std::string alphabetDocument = HEADER + fromHex("20 0800 00 02 616263 3c 00 72 88 3c 1b ff");
+	FastInfosetParser reused;
+	EventRecorder alphabetEvents;
+	reused.setContentHandler(&alphabetEvents);
+	for (int i = 0; i < 2; ++i) reused.parseMemoryNP(alphabetDocument.data(), alphabetDocument.size());
+	EXPECT_EQ("characters abc", alphabetEvents.lines.at(7));
+
 	const std::string document = sampleDocument();
 	const std::string once = events(document);
 	EventRecorder recorder;
@@ -306,4 +320,131 @@ TEST(ParserTest, DeepNestingIsLimited)
 	FastInfosetParser parser;
 	parser.setMaxElementDepth(depth);
 	parser.parseMemoryNP(document.data(), document.size());
+}
+
+
+namespace {
+
+
+struct ExternalVocabularyFiles
+	/// A vocabulary document as XML (under two spellings of its extension)
+	/// and as Fast Infoset, in a folder of its own.
+{
+	ExternalVocabularyFiles():
+		folder(Poco::TemporaryFile::tempName())
+	{
+		folder.createDirectories();
+		const std::string xml = "<v xmlns='urn:v' xmlns:p='urn:p'><p:name kind='k'>text</p:name><other/></v>";
+		write("vocab.xml", xml);
+		write("VOCAB.XML", xml);
+
+		// What the parser builds from the XML file, built the same way here.
+		Poco::NullOutputStream nowhere;
+		FastInfosetWriter collector(nowhere);
+		std::ostringstream fi;
+		{
+			FastInfosetWriter writer(fi);
+			feedXML(xml, writer);
+			feedXML(xml, collector);
+		}
+		write("vocab.fi", fi.str());
+		vocabulary = collector.getDocumentVocabulary();
+	}
+
+	~ExternalVocabularyFiles()
+	{
+		folder.remove(true);
+	}
+
+	static void feedXML(const std::string& xml, FastInfosetWriter& writer)
+	{
+		Ixor::XML::SAXParser parser;
+		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+		parser.setContentHandler(&writer);
+		std::istringstream in(xml);
+		Ixor::XML::InputSource source(in);
+		parser.parse(&source);
+	}
+
+	void write(const std::string& name, const std::string& content)
+	{
+		std::ofstream out(path(name), std::ios::binary);
+		out << content;
+	}
+
+	std::string path(const std::string& name) const
+	{
+		return Poco::Path(folder.path()).append(name).toString();
+	}
+
+	Poco::File folder;
+	DocumentVocabulary vocabulary;
+};
+
+
+std::string documentAgainst(const DocumentVocabulary& vocabulary, const std::string& uri)
+	/// A document that uses the names of the vocabulary document by index.
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out, false, vocabulary);
+		writer.setExternalVocabulary(uri, vocabulary);
+		writer.startDocument();
+		writer.startElement("urn:v", "v", "");
+		Ixor::XML::AttributesImpl attributes;
+		attributes.addAttribute("", "kind", "kind", "CDATA", "k");
+		writer.startElement("urn:p", "name", "p:name", attributes);
+		writer.characters("text");
+		writer.endElement("urn:p", "name", "p:name");
+		writer.endElement("urn:v", "v", "");
+		writer.endDocument();
+	}
+	return out.str();
+}
+
+
+} // namespace
+
+
+TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
+{
+	ExternalVocabularyFiles files;
+	const std::string expected =
+		"startDocument\nstartPrefixMapping ns1=urn:v\nstartElement {urn:v}v ns1:v\nstartPrefixMapping p=urn:p\n"
+		"startElement {urn:p}name p:name {}kind[|]=k\ncharacters text\nendElement {urn:p}name p:name\nendPrefixMapping p\n"
+		"endElement {urn:v}v ns1:v\nendPrefixMapping p\nendDocument\n";
+	for (const char* name: {"vocab.xml", "VOCAB.XML", "vocab.fi"})
+	{
+		SCOPED_TRACE(name);
+		const std::string uri = files.path(name);
+		const std::string document = documentAgainst(files.vocabulary, uri);
+		// Only the URI is written: every name and string is an index.
+		EXPECT_EQ(std::string::npos, document.find("text"));
+		EXPECT_EQ(expected, events(document));
+	}
+
+	// A vocabulary given in advance under the URI is used as it is: the file
+	// it names need not exist, and it is not reloaded for the next document.
+	const std::string missing = files.path("missing.fi");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(missing, DocumentVocabulary::VOC_HASH));
+	ExternalVocabularyFiles::feedXML("<v xmlns='urn:v' xmlns:p='urn:p'><p:name kind='k'>text</p:name><other/></v>", collector);
+	const std::string document = documentAgainst(files.vocabulary, missing);
+	EXPECT_NE(std::string::npos, events(document).find("! "));
+	EventRecorder recorder;
+	FastInfosetParser parser(collector.getDocumentVocabulary());
+	recorder.attachTo(parser);
+	for (int i = 0; i < 2; ++i)
+	{
+		recorder.lines.clear();
+		parser.parseMemoryNP(document.data(), document.size());
+		EXPECT_EQ(expected, recorder.text());
+	}
+
+	// A vocabulary document that names itself ends in an exception, not in
+	// endless recursion.
+	const std::string self = files.path("self.fi");
+	files.write("self.fi", documentAgainst(files.vocabulary, self));
+	EXPECT_EQ("External vocabularies nested too deeply: " + self,
+		messageOf<FISException>([&] { FastInfosetParser().parse(self); }));
 }

@@ -223,6 +223,7 @@ private:
 	FISContentHandler*             _pFISContentHandler;
 	bool                           _namespacePrefixes;
 	DocumentVocabulary             _vocabulary;
+	DocumentRestrictedAlphabet     _alphabets;
 	AttributeList                  _attributes;
 	std::vector<NamespaceDeclaration> _namespaceDeclarations;
 	std::string                    _xmlDeclaration;
