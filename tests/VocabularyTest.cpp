@@ -319,7 +319,8 @@ TEST(VocabularyTest, CopiesAndAssignmentsAreIndependent)
 		DocumentVocabulary copy(source);
 		DocumentVocabulary assigned(DocumentVocabulary::VOC_MAP);
 		assigned = source;
-		assigned = assigned;
+		const DocumentVocabulary& itself = assigned;
+		assigned = itself;
 		source.index(DocumentVocabulary::LOCAL_NAME, "b", found);
 		source.elementVocabulary()->index(QualifiedNameEntry(0, 0, 2), found);
 
