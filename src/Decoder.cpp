@@ -25,6 +25,7 @@ namespace FastInfoset {
 namespace
 {
 	const int MAX_EXTERNAL_VOCABULARY_NESTING = 8;
+	thread_local bool externalLoadingAllowed = true;
 	const char* const INVALID_HEADER = "Not a valid Fast Infoset document (invalid header)";
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
 }
@@ -393,6 +394,9 @@ void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabul
 	// how an application supplies an external vocabulary in advance.
 	if (uri == vocabulary.getURI()) return;
 
+	if (!ExternalLoading::allowed())
+		throw FISException("External vocabulary loading is disabled", uri);
+
 	// A vocabulary document may name an external vocabulary itself; one that
 	// names itself, directly or through others, must not recurse forever.
 	static thread_local int nesting = 0;
@@ -490,6 +494,25 @@ void Decoder::handleNameSurrogatesVoc(BitStreamReader& aReader, Vocabulary<Quali
 		pTable->index(nameSurrogate(aReader), existed);
 		poco_assert(!existed);
 	}
+}
+
+
+Decoder::ExternalLoading::ExternalLoading(bool allowed):
+	_previous(externalLoadingAllowed)
+{
+	externalLoadingAllowed = allowed;
+}
+
+
+Decoder::ExternalLoading::~ExternalLoading()
+{
+	externalLoadingAllowed = _previous;
+}
+
+
+bool Decoder::ExternalLoading::allowed()
+{
+	return externalLoadingAllowed;
 }
 
 

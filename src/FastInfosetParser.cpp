@@ -77,6 +77,7 @@ void FastInfosetParser::init()
 	_pFISContentHandler = 0;
 	_namespacePrefixes = true;
 	_maxElementDepth = DEFAULT_MAX_ELEMENT_DEPTH;
+	_loadExternalVocabularies = true;
 	_namespaceDeclarations.reserve(16);
 	_xmlDeclaration.reserve(SCRATCH_SIZE);
 	_identifying.reserve(SCRATCH_SIZE);
@@ -232,6 +233,18 @@ void FastInfosetParser::initialize(Ixor::XML::XMLWriter* pWriter)
 }
 
 
+void FastInfosetParser::setLoadExternalVocabularies(bool load)
+{
+	_loadExternalVocabularies = load;
+}
+
+
+bool FastInfosetParser::getLoadExternalVocabularies() const
+{
+	return _loadExternalVocabularies;
+}
+
+
 void FastInfosetParser::setMaxElementDepth(std::size_t depth)
 {
 	_maxElementDepth = depth;
@@ -301,7 +314,11 @@ void FastInfosetParser::parseDocument(BitStreamReader& r)
 	_vocabulary.restrictedAlphabets() = _alphabets;
 	Decoder::documentPreHeader(r, _xmlDeclaration);
 	if (_pDocumentHandler) _pDocumentHandler->setWriteXMLDeclaration(!_xmlDeclaration.empty());
-	Decoder::OpenHeaderParts parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler);
+	Decoder::OpenHeaderParts parts;
+	{
+		Decoder::ExternalLoading loading(_loadExternalVocabularies);
+		parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler);
+	}
 	if (_pDocumentHandler) _pDocumentHandler->setDocumentVocabulary(_vocabulary);
 	parseDocumentChildren(r, parts);
 	if (_pContentHandler) _pContentHandler->startDocument();

@@ -421,6 +421,11 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
 		// Only the URI is written: every name and string is an index.
 		EXPECT_EQ(std::string::npos, document.find("text"));
 		EXPECT_EQ(expected, events(document));
+
+		FastInfosetParser cautious;
+		cautious.setLoadExternalVocabularies(false);
+		EXPECT_EQ("External vocabulary loading is disabled: " + uri,
+			messageOf<FISException>([&] { cautious.parseMemoryNP(document.data(), document.size()); }));
 	}
 
 	// A vocabulary given in advance under the URI is used as it is: the file

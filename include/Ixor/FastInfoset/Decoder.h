@@ -81,6 +81,24 @@ public:
 		/// Reads and drops the encoding-algorithm URIs of an initial
 		/// vocabulary.
 
+	class FastInfoset_API ExternalLoading
+		/// While an object of this class lives, on its thread, external
+		/// vocabularies that documents name are loaded (the default) or
+		/// refused with FISException "External vocabulary loading is
+		/// disabled". FastInfosetParser sets it for each parse.
+	{
+	public:
+		explicit ExternalLoading(bool allowed);
+		~ExternalLoading();
+		static bool allowed();
+
+	private:
+		ExternalLoading(const ExternalLoading&);
+		ExternalLoading& operator = (const ExternalLoading&);
+
+		bool _previous;
+	};
+
 	static void parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler);
 	static void handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler);
 	static void handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary);

@@ -123,6 +123,15 @@ public:
 		/// Makes pWriter the content, DTD and lexical handler, so that a
 		/// parse prints the document as XML text.
 
+	void setLoadExternalVocabularies(bool load);
+	bool getLoadExternalVocabularies() const;
+		/// Whether external vocabularies that documents name by URI are
+		/// opened and loaded (the default). A parser of documents from
+		/// strangers may turn it off: a document can name any file. When
+		/// off, such documents raise FISException "External vocabulary
+		/// loading is disabled"; a vocabulary given in advance under the
+		/// URI is still used.
+
 	void setMaxElementDepth(std::size_t depth);
 	std::size_t getMaxElementDepth() const;
 		/// The deepest nesting of elements accepted (default 10000).
@@ -236,6 +245,7 @@ private:
 	Ixor::AutoPtr<Encoding>        _pTypedValue;
 	std::vector<OpenElement>       _openElements;
 	std::size_t                    _maxElementDepth;
+	bool                           _loadExternalVocabularies;
 };
 
 
