@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
+#include "FastDecoding.h"
 #include "Poco/NullStream.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/InputSource.h"
@@ -100,6 +101,17 @@ void Decoder::skipAdditionalData(BitStreamReader& aReader)
 
 void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 {
+	// Whole fields in one step; what is cut short or needs a diagnosis takes
+	// the bit-by-bit path below.
+	int available = 0;
+	int size = 0;
+	const UInt64 window = aReader.window(available);
+	if (FastDecoding::integerAt(aReader.bitPos(), window, available, val, size))
+	{
+		aReader.advance(size);
+		return;
+	}
+
 	// On a failed read the bits read as 0; the end of the input is reported
 	// once the value is decoded.
 	unsigned int next = 0;
@@ -196,6 +208,17 @@ void Decoder::nonEmptyOctetString(BitStreamReader& aReader, std::string& octets)
 
 void Decoder::nonEmptyStringLength(BitStreamReader& aReader, unsigned long& strLen)
 {
+	int available = 0;
+	int size = 0;
+	std::size_t length = 0;
+	const UInt64 window = aReader.window(available);
+	if (FastDecoding::stringLengthAt(aReader.bitPos(), window, available, length, size))
+	{
+		aReader.advance(size);
+		strLen = length;
+		return;
+	}
+
 	unsigned int bits = 0;
 	unsigned int next = 0;
 	bool ok = true;

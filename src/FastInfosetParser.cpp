@@ -14,6 +14,7 @@
 #include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/SAXException.h"
 #include "Poco/XML/XMLWriter.h"
+#include "FastDecoding.h"
 
 
 using Ixor::XML::XMLString;
@@ -46,6 +47,12 @@ FastInfosetParser::ResolvedQualName::ResolvedQualName():
 	pPrefix(0),
 	pUri(0),
 	pLocalName(0)
+{
+}
+
+
+FastInfosetParser::NameEntry::NameEntry():
+	resolved(false)
 {
 }
 
@@ -84,6 +91,7 @@ void FastInfosetParser::init()
 	_octets.reserve(SCRATCH_SIZE);
 	_text.reserve(SCRATCH_SIZE);
 	_qname.reserve(256);
+	_pQName = &_qname;
 	_pLiteralValue = new NullEncoding();
 	_pIndexedValue = new NullRefEncoding(EMPTY_STRING);
 }
@@ -302,12 +310,137 @@ void FastInfosetParser::parseMemoryNP(const char* data, std::size_t size)
 
 
 //
+// Vocabulary views
+//
+inline const std::string& FastInfosetParser::stringAt(DocumentVocabulary::ID id, unsigned int index) const
+{
+	const std::vector<const std::string*>& strings = _strings[id];
+	if (index < strings.size()) return *strings[index];
+	// Past the end: the table raises what it raises for a missing index.
+	return _vocabulary.value(id, index);
+}
+
+
+unsigned int FastInfosetParser::addString(DocumentVocabulary::ID id, const std::string& text)
+{
+	bool found = false;
+	const unsigned int index = _vocabulary.index(id, text, found);
+	syncStrings(id);
+	return index;
+}
+
+
+void FastInfosetParser::syncStrings(DocumentVocabulary::ID id)
+{
+	const Vocabulary<std::string>& table = *_vocabulary.vocabulary(id);
+	std::vector<const std::string*>& strings = _strings[id];
+	for (std::size_t i = strings.size(), size = table.size(); i < size; ++i)
+	{
+		strings.push_back(&table.value(static_cast<unsigned int>(i)));
+	}
+}
+
+
+void FastInfosetParser::syncTables()
+	/// Rebuilds the views after the header has reset or filled the
+	/// vocabulary. Names are resolved on first use only: a name of an
+	/// initial vocabulary that no element uses never has to resolve.
+{
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		_strings[id].clear();
+		syncStrings(static_cast<DocumentVocabulary::ID>(id));
+	}
+	for (int element = 0; element < 2; ++element)
+	{
+		_names[element].clear();
+		_names[element].resize(getQNameVocabulary(element != 0).size());
+	}
+}
+
+
+inline const FastInfosetParser::NameEntry& FastInfosetParser::nameAt(unsigned int index, bool element)
+{
+	const std::deque<NameEntry>& names = _names[element];
+	if (index < names.size() && names[index].resolved) return names[index];
+	return resolveName(index, element);
+}
+
+
+const FastInfosetParser::NameEntry& FastInfosetParser::resolveName(unsigned int index, bool element)
+{
+	// The table raises what it raises for a missing index.
+	const QualifiedNameEntry& entry = getQualifiedNameEntry(index, element);
+	ResolvedQualName name;
+	name.pPrefix = &resolve(DocumentVocabulary::PREFIX, entry.prefixId());
+	name.pUri = &resolve(DocumentVocabulary::NAMESPACE_NAME, entry.namespaceId());
+	name.pLocalName = &resolve(DocumentVocabulary::LOCAL_NAME, entry.localNameId());
+	std::deque<NameEntry>& names = _names[element];
+	if (names.size() <= index) names.resize(getQNameVocabulary(element).size());
+	NameEntry& resolved = names[index];
+	resolved.name = name;
+	resolved.qname.clear();
+	if (!name.pPrefix->empty())
+	{
+		resolved.qname.reserve(name.pPrefix->size() + 1 + name.pLocalName->size());
+		resolved.qname.append(*name.pPrefix).append(1, ':').append(*name.pLocalName);
+	}
+	resolved.resolved = true;
+	return resolved;
+}
+
+
+const FastInfosetParser::NameEntry& FastInfosetParser::addName(const QualifiedNameEntry& entry, const ResolvedQualName& name, bool element)
+{
+	bool found = false;
+	const unsigned int index = getQNameVocabulary(element).index(entry, found);
+	std::deque<NameEntry>& names = _names[element];
+	if (names.size() <= index) names.resize(getQNameVocabulary(element).size());
+	NameEntry& added = names[index];
+	if (!added.resolved)
+	{
+		added.name = name;
+		added.qname.clear();
+		if (!name.pPrefix->empty()) added.qname.append(*name.pPrefix).append(1, ':').append(*name.pLocalName);
+		added.resolved = true;
+	}
+	return added;
+}
+
+
+const std::string& FastInfosetParser::resolve(DocumentVocabulary::ID id, unsigned int index) const
+{
+	// A name from an initial vocabulary marks an absent prefix or namespace
+	// with all bits set; it stands for no prefix or namespace, which the
+	// tables cannot look up.
+	if (index == ABSENT) return EMPTY_STRING;
+	return stringAt(id, index);
+}
+
+
+Vocabulary<QualifiedNameEntry>& FastInfosetParser::getQNameVocabulary(bool element)
+{
+	return element ? *_vocabulary.elementVocabulary() : *_vocabulary.attributeVocabulary();
+}
+
+
+const QualifiedNameEntry& FastInfosetParser::getQualifiedNameEntry(unsigned int index, bool element)
+{
+	return getQNameVocabulary(element).value(index);
+}
+
+
+//
 // Structure
 //
 void FastInfosetParser::parseDocument(BitStreamReader& r)
 {
 	_openElements.clear();
 	_namespaceDeclarations.clear();
+	// The qualified name reported with the namespace-prefixes feature off is
+	// the last one formed; it outlives the views rebuilt below.
+	if (_pQName != &_qname) _qname = *_pQName;
+	_pQName = &_qname;
 	// A reset keeps the alphabets, so those that the previous document added
 	// would shift the indexes of this document's own: every document starts
 	// from the alphabets the parser was built with.
@@ -319,6 +452,7 @@ void FastInfosetParser::parseDocument(BitStreamReader& r)
 		Decoder::ExternalLoading loading(_loadExternalVocabularies);
 		parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler);
 	}
+	syncTables();
 	if (_pDocumentHandler) _pDocumentHandler->setDocumentVocabulary(_vocabulary);
 	parseDocumentChildren(r, parts);
 	if (_pContentHandler) _pContentHandler->startDocument();
@@ -377,54 +511,122 @@ void FastInfosetParser::parseElementChildren(BitStreamReader& r)
 	/// which stays in the stream. Nested elements are kept on a stack of
 	/// their own instead of the call stack, so that deep documents cannot
 	/// exhaust the call stack.
+	///
+	/// Elements and character chunks, nearly every item of a document, are
+	/// told apart and started from one window of bits; the rest goes through
+	/// parseElementChild().
 {
 	const std::size_t level = _openElements.size();
 	for (;;)
 	{
-		unsigned char bits = 0;
-		if (!r.peek(bits, 4)) throw FISParseException(END_OF_CHILDREN);
-		if (bits != 15)
+		int available = 0;
+		UInt64 window = r.window(available);
+		if (available < 4) throw FISParseException(END_OF_CHILDREN);
+		if ((window >> 60) == 15)
 		{
-			parseElementChild(r);
+			if (_openElements.size() == level) return;
+			// The four bits that end the innermost open element.
+			r.advance(4);
+			const NameEntry& element = *_openElements.back();
+			_openElements.pop_back();
+			endElement(element);
 			continue;
 		}
-		if (_openElements.size() == level) return;
 
-		unsigned char terminator = 0;
-		if (!r.read(terminator, 4)) throw FISParseException(END_OF_ELEMENT);
-		if (terminator != 15) throw FISEncodingException("Termination flag not found");
-		const OpenElement element = _openElements.back();
-		_openElements.pop_back();
-		endElement(element.name);
+		// A child starts on the next octet.
+		const int skip = (8 - r.bitPos()) & 7;
+		if (available < skip + 8) throw FISParseException(END_OF_CHILDREN);
+		window <<= skip;
+		available -= skip;
+		const unsigned int code = static_cast<unsigned int>(window >> 56);
+		if (code < 0x80)
+		{
+			r.advance(skip + 1);
+			if (!parseElementFast(r, window << 1, available - 1)) parseElement(r);
+		}
+		else if ((code & 0xC0) == 0x80)
+		{
+			r.advance(skip + 2);
+			if (!parseCharacterChunkFast(r, window << 2, available - 2)) parseCharacterChunk(r);
+		}
+		else
+		{
+			r.advance(skip);
+			parseElementChild(r);
+		}
 	}
+}
+
+
+bool FastInfosetParser::parseElementFast(BitStreamReader& r, UInt64 window, int available)
+	/// The start of an element without namespace attributes whose name is
+	/// an index to a name already in use, from the window that begins at its
+	/// attributes bit. Returns false, having read nothing, for everything
+	/// else, which parseElement() reads.
+{
+	if (available < 7 || _openElements.size() >= _maxElementDepth) return false;
+	if (((window >> 57) & 0x3F) == 0x38 || ((window << 1) >> 60) == 15) return false;
+	unsigned int index = 0;
+	int size = 0;
+	if (!FastDecoding::integerAt(2, window << 1, available - 1, index, size)) return false;
+	const std::deque<NameEntry>& names = _names[1];
+	if (index >= names.size() || !names[index].resolved) return false;
+	const NameEntry& element = names[index];
+	r.advance(1 + size);
+
+	_namespaceDeclarations.clear();
+	_attributes.clear();
+	if (window >> 63) parseAttributes(r);
+	if (_pContentHandler)
+		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qualifiedName(element), _attributes);
+	_openElements.push_back(&element);
+	return true;
+}
+
+
+void FastInfosetParser::parseAttributes(BitStreamReader& r)
+{
+	for (;;)
+	{
+		int available = 0;
+		const UInt64 window = r.window(available);
+		if (available < 1) throw FISParseException(END_OF_ELEMENT);
+		if (window >> 63) break;
+		r.advance(1);
+		parseAttribute(r);
+	}
+	// The 1 that ends the attributes and three more bits of the terminator.
+	r.skip(4);
 }
 
 
 bool FastInfosetParser::parseElementChild(BitStreamReader& r)
 {
 	r.skipToByteStart();
-	unsigned char code = 0;
-	if (!r.peek(code, 8)) throw FISParseException(END_OF_CHILDREN);
+	int available = 0;
+	const UInt64 window = r.window(available);
+	if (available < 8) throw FISParseException(END_OF_CHILDREN);
+	const unsigned int code = static_cast<unsigned int>(window >> 56);
 	if ((code & 0x80) == 0)
 	{
-		r.skip(1);
+		r.advance(1);
 		parseElement(r);
 	}
 	else if ((code & 0xC0) == 0x80)
 	{
-		r.skip(2);
+		r.advance(2);
 		parseCharacterChunk(r);
 	}
 	else if ((code & 0xE0) == 0xC0)
 	{
-		r.skip(6);
+		r.advance(6);
 		if ((code & 0xFC) == 0xC4) parseDocumentTypeDeclaration(r);
 		else if ((code & 0xFC) == 0xC8) parseUnexpandedEntityReference(r);
 		else throw FISEncodingException("Invalid child element");
 	}
 	else if ((code & 0xF0) == 0xE0)
 	{
-		r.skip(8);
+		r.advance(8);
 		if (code == 0xE1) parseProcessingInstruction(r);
 		else if (code == 0xE2) parseComment(r);
 		else throw FISEncodingException(BAD_CHILD);
@@ -441,14 +643,16 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 	if (r.bitPos() != 1) throw FISEncodingException("Illegal startposition for an Element value");
 	if (_openElements.size() >= _maxElementDepth) throw FISParseException("Maximum element depth exceeded");
 
-	bool hasAttributes = false;
-	if (!r.read(hasAttributes)) throw FISParseException(END_OF_ELEMENT);
+	int available = 0;
+	const UInt64 window = r.window(available);
+	if (available < 7) throw FISParseException(END_OF_ELEMENT);
+	const bool hasAttributes = (window >> 63) != 0;
+	r.advance(1);
 	_namespaceDeclarations.clear();
 
-	unsigned char bits = 0;
-	if (!r.peek(bits, 6)) throw FISParseException(END_OF_ELEMENT);
-	if (bits == 0x38)
+	if (((window >> 57) & 0x3F) == 0x38)
 	{
+		unsigned char bits = 0;
 		r.skip(6);
 		if (!r.read(bits, 4)) throw FISParseException(END_OF_ELEMENT);
 		while (bits != 15)
@@ -460,32 +664,21 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 		r.skip(6);
 	}
 
-	OpenElement element;
-	parseQualifiedNameOrIndex(r, element.name, true);
+	const NameEntry& element = parseQualifiedNameOrIndex(r, true);
 
 	_attributes.clear();
-	if (hasAttributes)
-	{
-		bool end = false;
-		if (!r.read(end)) throw FISParseException(END_OF_ELEMENT);
-		while (!end)
-		{
-			parseAttribute(r);
-			if (!r.read(end)) throw FISParseException(END_OF_ELEMENT);
-		}
-		r.skip(3);
-	}
+	if (hasAttributes) parseAttributes(r);
 
 	if (_pContentHandler)
-		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qualifiedName(element.name), _attributes);
-	_openElements.push_back(element);
+		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qualifiedName(element), _attributes);
+	_openElements.push_back(&element);
 }
 
 
-void FastInfosetParser::endElement(const ResolvedQualName& name)
+void FastInfosetParser::endElement(const NameEntry& name)
 {
 	if (!_pContentHandler) return;
-	_pContentHandler->endElement(*name.pUri, *name.pLocalName, qualifiedName(name));
+	_pContentHandler->endElement(*name.name.pUri, *name.name.pLocalName, qualifiedName(name));
 	// The declaration list is shared by all elements: it holds those of the
 	// element read last, reported in declaration order.
 	for (const NamespaceDeclaration& declaration: _namespaceDeclarations)
@@ -493,19 +686,12 @@ void FastInfosetParser::endElement(const ResolvedQualName& name)
 }
 
 
-const std::string& FastInfosetParser::qualifiedName(const ResolvedQualName& name)
+inline const std::string& FastInfosetParser::qualifiedName(const NameEntry& name)
 {
-	if (_namespacePrefixes)
-	{
-		if (name.pPrefix->empty()) _qname.clear();
-		else
-		{
-			_qname.assign(*name.pPrefix);
-			_qname += ':';
-			_qname += *name.pLocalName;
-		}
-	}
-	return _qname;
+	// With the feature off the qualified name is not formed: the last one
+	// formed stays (empty unless the feature was on before).
+	if (_namespacePrefixes) _pQName = &name.qname;
+	return *_pQName;
 }
 
 
@@ -529,71 +715,81 @@ void FastInfosetParser::parseNamespaceAttribute(BitStreamReader& r)
 void FastInfosetParser::parseAttribute(BitStreamReader& r)
 {
 	if (r.bitPos() != 1) throw FISEncodingException("Illegal startposition for a Attribute value");
-	ResolvedQualName name;
-	parseQualifiedNameOrIndex(r, name, false);
+	const NameEntry& name = parseQualifiedNameOrIndex(r, false);
+	if (parseAttributeValue(r, name)) return;
 	unsigned int algorithm = 0;
 	const std::string* pValue = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::ATTRIBUTE_VALUE, algorithm);
-	_attributes.add(*name.pUri, *name.pLocalName, *pValue);
+	_attributes.add(name, pValue->data(), pValue->size());
 }
 
 
-void FastInfosetParser::parseQualifiedNameOrIndex(BitStreamReader& r, ResolvedQualName& qualName, bool element)
+bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry& name)
+	/// The common attribute values in one step: an index, or a UTF-8 literal.
+	/// Returns false, having read nothing, for what the general path reads.
+{
+	int available = 0;
+	const UInt64 window = r.window(available);
+	unsigned int index = 0;
+	int size = 0;
+	if (window >> 63)
+	{
+		if (!FastDecoding::integerAt(1, window << 1, available - 1, index, size)) return false;
+		r.advance(1 + size);
+		_attributes.add(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, index));
+		return true;
+	}
+	// 0, the add-to-table bit, 00 for UTF-8, the length at the fifth bit.
+	std::size_t length = 0;
+	if (available < 4 || ((window >> 60) & 3) != DocumentVocabulary::UTF8) return false;
+	if (!FastDecoding::stringLengthAt(4, window << 4, available - 4, length, size)) return false;
+	const bool addToTable = ((window >> 62) & 1) != 0;
+	r.advance(4 + size);
+	const char* pData = 0;
+	if (!r.readView(pData, length))
+	{
+		r.read(_octets, length);
+		pData = _octets.data();
+	}
+	_attributes.add(name, pData, length);
+	if (addToTable)
+	{
+		_identifying.assign(pData, length);
+		addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying);
+	}
+	return true;
+}
+
+
+const FastInfosetParser::NameEntry& FastInfosetParser::parseQualifiedNameOrIndex(BitStreamReader& r, bool element)
 {
 	const int pos = r.bitPos();
 	if (pos != 1 && pos != 2) throw FISEncodingException("Illegal startposition for a parseQualifiedNameOrIndex value");
-	unsigned char bits = 0;
-	if (!r.peek(bits, 4)) throw FISParseException("Unexpected end of stream while parsing qualified name or index");
-	if (bits == 15)
-	{
-		r.skip(pos == 1 ? 5 : 4);
-		bool prefixPresent = false;
-		bool namespacePresent = false;
-		bool ok = r.read(prefixPresent);
-		ok = r.read(namespacePresent) && ok;
-		if (!ok) throw FISParseException("Unexpected end of stream while parsing qualified name");
-		unsigned int prefixIndex = 0;
-		unsigned int namespaceIndex = 0;
-		unsigned int localIndex = 0;
-		qualName.pPrefix = prefixPresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::PREFIX, prefixIndex) : &EMPTY_STRING;
-		qualName.pUri = namespacePresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::NAMESPACE_NAME, namespaceIndex) : &EMPTY_STRING;
-		qualName.pLocalName = parseIdentifyingStringOrIndex(r, DocumentVocabulary::LOCAL_NAME, localIndex);
-		bool found = false;
-		getQNameVocabulary(element).index(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), found);
-	}
-	else
+	int available = 0;
+	const UInt64 window = r.window(available);
+	if (available < 4) throw FISParseException("Unexpected end of stream while parsing qualified name or index");
+	if ((window >> 60) != 15)
 	{
 		unsigned int index = 0;
-		Decoder::integer(r, index);
-		const QualifiedNameEntry& entry = getQualifiedNameEntry(index, element);
-		qualName.pPrefix = &resolve(DocumentVocabulary::PREFIX, entry.prefixId());
-		qualName.pUri = &resolve(DocumentVocabulary::NAMESPACE_NAME, entry.namespaceId());
-		qualName.pLocalName = &resolve(DocumentVocabulary::LOCAL_NAME, entry.localNameId());
+		int size = 0;
+		if (FastDecoding::integerAt(pos, window, available, index, size)) r.advance(size);
+		else Decoder::integer(r, index);
+		return nameAt(index, element);
 	}
-	poco_assert_dbg(qualName.pPrefix != 0);
-	poco_assert_dbg(qualName.pUri != 0);
-	poco_assert_dbg(qualName.pLocalName != 0);
-}
 
-
-const std::string& FastInfosetParser::resolve(DocumentVocabulary::ID id, unsigned int index) const
-{
-	// A name from an initial vocabulary marks an absent prefix or namespace
-	// with all bits set; it stands for no prefix or namespace, which the
-	// tables cannot look up.
-	if (index == ABSENT) return EMPTY_STRING;
-	return _vocabulary.value(id, index);
-}
-
-
-Vocabulary<QualifiedNameEntry>& FastInfosetParser::getQNameVocabulary(bool element)
-{
-	return element ? *_vocabulary.elementVocabulary() : *_vocabulary.attributeVocabulary();
-}
-
-
-const QualifiedNameEntry& FastInfosetParser::getQualifiedNameEntry(unsigned int index, bool element)
-{
-	return getQNameVocabulary(element).value(index);
+	r.skip(pos == 1 ? 5 : 4);
+	bool prefixPresent = false;
+	bool namespacePresent = false;
+	bool ok = r.read(prefixPresent);
+	ok = r.read(namespacePresent) && ok;
+	if (!ok) throw FISParseException("Unexpected end of stream while parsing qualified name");
+	unsigned int prefixIndex = 0;
+	unsigned int namespaceIndex = 0;
+	unsigned int localIndex = 0;
+	ResolvedQualName name;
+	name.pPrefix = prefixPresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::PREFIX, prefixIndex) : &EMPTY_STRING;
+	name.pUri = namespacePresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::NAMESPACE_NAME, namespaceIndex) : &EMPTY_STRING;
+	name.pLocalName = parseIdentifyingStringOrIndex(r, DocumentVocabulary::LOCAL_NAME, localIndex);
+	return addName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), name, element);
 }
 
 
@@ -608,14 +804,11 @@ const std::string* FastInfosetParser::parseIdentifyingStringOrIndex(BitStreamRea
 	if (isIndex)
 	{
 		Decoder::integer(r, index);
+		return &stringAt(id, index);
 	}
-	else
-	{
-		Decoder::nonEmptyOctetString(r, _identifying);
-		bool found = false;
-		index = _vocabulary.index(id, _identifying, found);
-	}
-	return &_vocabulary.value(id, index);
+	Decoder::nonEmptyOctetString(r, _identifying);
+	index = addString(id, _identifying);
+	return &stringAt(id, index);
 }
 
 
@@ -642,16 +835,12 @@ const std::string* FastInfosetParser::parseNonIdentifyingStringOrIndexXML(BitStr
 	{
 		unsigned int index = 0;
 		Decoder::integer(r, index);
-		return &_vocabulary.value(id, index);
+		return &stringAt(id, index);
 	}
 	bool addToTable = false;
 	if (!r.read(addToTable)) throw FISParseException("Unexpected end of stream while parsing encoded character string");
 	const std::string* pText = parseEncodedCharacterStringXML(r, algorithm);
-	if (addToTable)
-	{
-		bool found = false;
-		_vocabulary.index(id, *pText, found);
-	}
+	if (addToTable) addString(id, *pText);
 	return pText;
 }
 
@@ -668,17 +857,13 @@ Encoding* FastInfosetParser::parseNonIdentifyingStringOrIndex(BitStreamReader& r
 	{
 		unsigned int index = 0;
 		Decoder::integer(r, index);
-		_pIndexedValue->reset(_vocabulary.value(id, index));
+		_pIndexedValue->reset(stringAt(id, index));
 		return _pIndexedValue;
 	}
 	bool addToTable = false;
 	if (!r.read(addToTable)) throw FISParseException("Unexpected end of stream whil parsing encoded character string");
 	Encoding* pValue = parseEncodedCharacterString(r);
-	if (addToTable)
-	{
-		bool found = false;
-		_vocabulary.index(id, pValue->content(), found);
-	}
+	if (addToTable) addString(id, pValue->content());
 	return pValue;
 }
 
@@ -762,15 +947,62 @@ Encoding* FastInfosetParser::parseEncodedCharacterString(BitStreamReader& r)
 //
 // Leaf items
 //
+bool FastInfosetParser::parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available)
+	/// The common chunks, from the window that begins after the chunk's two
+	/// bits: an index, or a UTF-8 literal, reported as they stand in the
+	/// vocabulary or in the input. Returns false, having read nothing, for
+	/// the rest.
+{
+	unsigned int index = 0;
+	int size = 0;
+	if (window >> 63)
+	{
+		if (!FastDecoding::integerAt(3, window << 1, available - 1, index, size)) return false;
+		r.advance(1 + size);
+		const std::string& text = stringAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
+		characters(text.data(), text.size());
+		return true;
+	}
+	std::size_t length = 0;
+	if (available < 4 || ((window >> 60) & 3) != DocumentVocabulary::UTF8) return false;
+	if (!FastDecoding::stringLengthAt(6, window << 4, available - 4, length, size)) return false;
+	r.advance(4 + size);
+	const char* pData = 0;
+	if (!r.readView(pData, length))
+	{
+		r.read(_octets, length);
+		pData = _octets.data();
+	}
+	if ((window >> 62) & 1)
+	{
+		_identifying.assign(pData, length);
+		addString(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, _identifying);
+	}
+	characters(pData, length);
+	return true;
+}
+
+
 void FastInfosetParser::parseCharacterChunk(BitStreamReader& r)
 {
 	if (r.bitPos() != 2) throw FISEncodingException("Illegal startposition for a CharacterChunk value");
+	int available = 0;
+	const UInt64 window = r.window(available);
+	if (parseCharacterChunkFast(r, window, available)) return;
+
 	Encoding* pValue = parseNonIdentifyingStringOrIndex(r, DocumentVocabulary::CONTENT_CHARACTER_CHUNK);
 	const bool cdata = pValue->type() == CDATA_ALGORITHM;
 	if (_pLexicalHandler && cdata) _pLexicalHandler->startCDATA();
 	if (_pFISContentHandler) pValue->handle(_pFISContentHandler);
 	else if (_pContentHandler) pValue->handle(_pContentHandler);
 	if (_pLexicalHandler && cdata) _pLexicalHandler->endCDATA();
+}
+
+
+inline void FastInfosetParser::characters(const char* data, std::size_t length)
+	/// Plain text goes to characters() for every kind of content handler.
+{
+	if (_pContentHandler) _pContentHandler->characters(data, 0, static_cast<int>(length));
 }
 
 
@@ -877,16 +1109,28 @@ void FastInfosetParser::AttributeList::clear()
 }
 
 
-void FastInfosetParser::AttributeList::add(const std::string& uri, const std::string& localName, const std::string& value)
+inline FastInfosetParser::AttributeList::Entry& FastInfosetParser::AttributeList::next()
 {
-	// The name strings live in the vocabulary, whose entries never move; the
-	// value may be scratch space and is copied into a slot that keeps its
-	// capacity from element to element.
 	if (static_cast<std::size_t>(_count) == _entries.size()) _entries.emplace_back();
-	Entry& entry = _entries[_count++];
-	entry.pURI = &uri;
-	entry.pLocalName = &localName;
-	entry.value.assign(value);
+	return _entries[_count++];
+}
+
+
+void FastInfosetParser::AttributeList::add(const NameEntry& name, const std::string& value)
+{
+	Entry& entry = next();
+	entry.pName = &name;
+	entry.pValue = &value;
+}
+
+
+void FastInfosetParser::AttributeList::add(const NameEntry& name, const char* value, std::size_t length)
+{
+	// The slot keeps its capacity from element to element.
+	Entry& entry = next();
+	entry.pName = &name;
+	entry.copy.assign(value, length);
+	entry.pValue = &entry.copy;
 }
 
 
@@ -901,7 +1145,8 @@ int FastInfosetParser::AttributeList::getIndex(const XMLString& namespaceURI, co
 {
 	for (int i = 0; i < _count; ++i)
 	{
-		if (*_entries[i].pURI == namespaceURI && *_entries[i].pLocalName == localName) return i;
+		const ResolvedQualName& name = _entries[i].pName->name;
+		if (*name.pUri == namespaceURI && *name.pLocalName == localName) return i;
 	}
 	return -1;
 }
@@ -916,7 +1161,7 @@ int FastInfosetParser::AttributeList::getLength() const
 const XMLString& FastInfosetParser::AttributeList::getLocalName(int i) const
 {
 	poco_assert (0 <= i && i < _count);
-	return *_entries[i].pLocalName;
+	return *_entries[i].pName->name.pLocalName;
 }
 
 
@@ -949,28 +1194,28 @@ const XMLString& FastInfosetParser::AttributeList::getType(const XMLString&, con
 const XMLString& FastInfosetParser::AttributeList::getValue(int i) const
 {
 	poco_assert (0 <= i && i < _count);
-	return _entries[i].value;
+	return *_entries[i].pValue;
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& qname) const
 {
 	int i = getIndex(qname);
-	return i < 0 ? EMPTY_STRING : _entries[i].value;
+	return i < 0 ? EMPTY_STRING : *_entries[i].pValue;
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& uri, const XMLString& localName) const
 {
 	int i = getIndex(uri, localName);
-	return i < 0 ? EMPTY_STRING : _entries[i].value;
+	return i < 0 ? EMPTY_STRING : *_entries[i].pValue;
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getURI(int i) const
 {
 	poco_assert (0 <= i && i < _count);
-	return *_entries[i].pURI;
+	return *_entries[i].pName->name.pUri;
 }
 
 

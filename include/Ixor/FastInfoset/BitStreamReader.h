@@ -98,6 +98,17 @@ public:
 	void skip(int numBits);
 		/// Consumes numBits bits.
 
+	UInt64 window(int& available);
+		/// The next bits from the current position, the first of them as the
+		/// most significant bit, without consuming them: at least 57 when the
+		/// input holds them. available receives how many of the returned bits
+		/// are input (0 to 57); the bits past them are meaningless. For
+		/// decoders that take several fields in one step; they consume with
+		/// advance().
+
+	void advance(int numBits);
+		/// Consumes numBits bits that window() reported available.
+
 	void skipToByteStart();
 		/// Advances to the next octet boundary; nothing when on one.
 
@@ -299,6 +310,34 @@ inline bool BitStreamReader::read(unsigned int& val, int numBits)
 	val = static_cast<unsigned int>(peekBits(numBits));
 	_bitOffset += numBits;
 	return true;
+}
+
+
+inline UInt64 BitStreamReader::window(int& available)
+{
+	if (cachedBits() < 57) fill(57);
+	const Int64 unread = cachedBits();
+	if (unread <= 0)
+	{
+		available = 0;
+		return 0;
+	}
+	available = unread < 57 ? static_cast<int>(unread) : 57;
+	const unsigned char* p = curByte();
+	UInt64 word;
+	if (_pLimit - p >= 8)
+	{
+		std::memcpy(&word, p, 8);
+		word = Poco::ByteOrder::fromBigEndian(word);
+	}
+	else word = loadTail(p);
+	return word << (_bitOffset & 7);
+}
+
+
+inline void BitStreamReader::advance(int numBits)
+{
+	_bitOffset += numBits;
 }
 
 

@@ -17,6 +17,7 @@
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/XMLReader.h"
 #include <cstddef>
+#include <deque>
 #include <string>
 #include <vector>
 
@@ -137,6 +138,18 @@ public:
 		/// The deepest nesting of elements accepted (default 10000).
 
 protected:
+	struct NameEntry
+		/// A qualified name of the element-name or attribute-name table,
+		/// resolved to its strings once, with the qualified name that events
+		/// report when the namespace-prefixes feature is on.
+	{
+		NameEntry();
+
+		ResolvedQualName name;
+		std::string qname;
+		bool resolved;
+	};
+
 	class AttributeList: public Ixor::XML::Attributes
 		/// The attributes of the current element, reused by every element so
 		/// that reading attributes allocates nothing once it has grown.
@@ -144,7 +157,10 @@ protected:
 	public:
 		AttributeList();
 		void clear();
-		void add(const std::string& uri, const std::string& localName, const std::string& value);
+		void add(const NameEntry& name, const std::string& value);
+			/// value must outlive the list's use: a vocabulary entry.
+		void add(const NameEntry& name, const char* value, std::size_t length);
+			/// Keeps a copy of the value.
 
 		int getIndex(const Ixor::XML::XMLString& name) const;
 		int getIndex(const Ixor::XML::XMLString& namespaceURI, const Ixor::XML::XMLString& localName) const;
@@ -162,10 +178,12 @@ protected:
 	private:
 		struct Entry
 		{
-			const std::string* pURI;
-			const std::string* pLocalName;
-			std::string value;
+			const NameEntry* pName;
+			const std::string* pValue;
+			std::string copy;
 		};
+
+		Entry& next();
 
 		std::vector<Entry> _entries;
 		int _count;
@@ -177,21 +195,16 @@ protected:
 		const std::string* pURI;
 	};
 
-	struct OpenElement
-	{
-		ResolvedQualName name;
-	};
-
 	// Structure
 	void parseDocument(BitStreamReader& r);
 	void parseDocumentChildren(BitStreamReader& r, const Decoder::OpenHeaderParts& parts);
 	void parseElementChildren(BitStreamReader& r);
 	bool parseElementChild(BitStreamReader& r);
 	void parseElement(BitStreamReader& r);
-	void endElement(const ResolvedQualName& name);
+	void endElement(const NameEntry& name);
 	void parseNamespaceAttribute(BitStreamReader& r);
 	void parseAttribute(BitStreamReader& r);
-	void parseQualifiedNameOrIndex(BitStreamReader& r, ResolvedQualName& qualName, bool element);
+	const NameEntry& parseQualifiedNameOrIndex(BitStreamReader& r, bool element);
 	Vocabulary<QualifiedNameEntry>& getQNameVocabulary(bool element);
 	const QualifiedNameEntry& getQualifiedNameEntry(unsigned int index, bool element);
 
@@ -218,9 +231,20 @@ private:
 	FastInfosetParser& operator = (const FastInfosetParser&);
 
 	void init();
-	const std::string& qualifiedName(const ResolvedQualName& name);
+	const std::string& qualifiedName(const NameEntry& name);
+	const std::string& stringAt(DocumentVocabulary::ID id, unsigned int index) const;
+	unsigned int addString(DocumentVocabulary::ID id, const std::string& text);
+	void syncStrings(DocumentVocabulary::ID id);
+	void syncTables();
+	const NameEntry& nameAt(unsigned int index, bool element);
+	const NameEntry& resolveName(unsigned int index, bool element);
+	const NameEntry& addName(const QualifiedNameEntry& entry, const ResolvedQualName& name, bool element);
 	const std::string& resolve(DocumentVocabulary::ID id, unsigned int index) const;
-	void readOctets(BitStreamReader& r, std::string& octets);
+	bool parseAttributeValue(BitStreamReader& r, const NameEntry& name);
+	bool parseElementFast(BitStreamReader& r, UInt64 window, int available);
+	void parseAttributes(BitStreamReader& r);
+	bool parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available);
+	void characters(const char* data, std::size_t length);
 
 	Ixor::XML::EntityResolver*     _pEntityResolver;
 	Ixor::XML::DTDHandler*         _pDTDHandler;
@@ -240,12 +264,19 @@ private:
 	std::string                    _octets;
 	std::string                    _text;
 	std::string                    _qname;
+	const std::string*             _pQName;
 	Ixor::AutoPtr<NullEncoding>    _pLiteralValue;
 	Ixor::AutoPtr<NullRefEncoding> _pIndexedValue;
 	Ixor::AutoPtr<Encoding>        _pTypedValue;
-	std::vector<OpenElement>       _openElements;
+	std::vector<const NameEntry*>  _openElements;
 	std::size_t                    _maxElementDepth;
 	bool                           _loadExternalVocabularies;
+
+	// Direct views of the vocabulary's tables, by table identifier and
+	// index, kept in step with every entry the parser adds: lookups by index
+	// cost one array access instead of virtual calls through the tables.
+	std::vector<const std::string*> _strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
+	std::deque<NameEntry>          _names[2];
 };
 
 
