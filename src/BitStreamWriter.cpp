@@ -113,12 +113,6 @@ void BitStreamWriter::putOctets(const char* data, std::size_t length)
 }
 
 
-void BitStreamWriter::pad(bool fill)
-{
-	if (_cachedBits != 0) putBits(fill ? ~UInt64(0) : 0, 8 - _cachedBits);
-}
-
-
 void BitStreamWriter::complete()
 {
 	complete(_fillBit);

@@ -1,6 +1,7 @@
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/BitStreamWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "FastEncoding.h"
 
 
 namespace Ixor {
@@ -21,6 +22,16 @@ void Encoder::documentPreHeader(BitStreamWriter& aWriter, bool xmlDeclaration)
 
 void Encoder::integer(BitStreamWriter& aWriter, unsigned int val)
 {
+	// The whole field in one write; refused values and positions take the
+	// path below, which says why.
+	UInt32 bits = 0;
+	int size = 0;
+	if (FastEncoding::integerBits(aWriter.bitPos(), val, bits, size))
+	{
+		aWriter.write(bits, size);
+		return;
+	}
+
 	if (val > MAXINT20)
 		throw FISEncodingException("Cannot encode integer value: too large, must be smaller than 2^20");
 	const int pos = aWriter.bitPos();
@@ -97,6 +108,13 @@ void Encoder::nonEmptyOctetString(BitStreamWriter& aWriter, const char* pOctets,
 void Encoder::nonEmptyStringLength(BitStreamWriter& aWriter, unsigned long strLen)
 {
 	poco_assert(strLen > 0);
+	UInt64 bits = 0;
+	int size = 0;
+	if (FastEncoding::stringLengthBits(aWriter.bitPos(), strLen, bits, size))
+	{
+		aWriter.write(static_cast<unsigned long>(bits), size);
+		return;
+	}
 	// The longest form carries the length in 32 bits; what does not fit
 	// cannot be written at all.
 	if (strLen - 1 > 0xFFFFFFFFul)

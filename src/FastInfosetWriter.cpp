@@ -5,10 +5,13 @@
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Ixor/FastInfoset/FloatEncoding.h"
+#include "Ixor/FastInfoset/HashVocabulary.h"
 #include "Ixor/FastInfoset/IntEncoding.h"
 #include "Ixor/FastInfoset/LongEncoding.h"
+#include "Ixor/FastInfoset/MapVocabulary.h"
 #include "Ixor/FastInfoset/ShortEncoding.h"
 #include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "FastEncoding.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
@@ -36,6 +39,12 @@ namespace
 		return empty;
 	}
 
+	const std::string& noPrefix()
+	{
+		static const std::string empty;
+		return empty;
+	}
+
 	const char* const VECTOR_REFUSED = "A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter";
 }
 
@@ -50,9 +59,11 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out):
 	_externalVocabulary(DontInitialize()),
 	_maxIndexedStringLength(16),
 	_declarationCount(0),
-	_attributeCount(0)
+	_attributeCount(0),
+	_views(),
+	_nameViews()
 {
-	_states.push_back(UNINITIALIZED);
+	init();
 }
 
 
@@ -64,9 +75,11 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_externalVocabulary(DontInitialize()),
 	_maxIndexedStringLength(16),
 	_declarationCount(0),
-	_attributeCount(0)
+	_attributeCount(0),
+	_views(),
+	_nameViews()
 {
-	_states.push_back(UNINITIALIZED);
+	init();
 }
 
 
@@ -78,14 +91,31 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_externalVocabulary(DontInitialize()),
 	_maxIndexedStringLength(16),
 	_declarationCount(0),
-	_attributeCount(0)
+	_attributeCount(0),
+	_views(),
+	_nameViews()
 {
-	_states.push_back(UNINITIALIZED);
+	init();
 }
 
 
 FastInfosetWriter::~FastInfosetWriter()
 {
+}
+
+
+void FastInfosetWriter::init()
+{
+	_states.push_back(UNINITIALIZED);
+	_lastPrefix.pTable = 0;
+	_lastPrefix.index = 0;
+	_lastNamespace.pTable = 0;
+	_lastNamespace.index = 0;
+	_namespaceGeneration = 1;
+	_emptyURIMapped = false;
+	_prefixCacheMapped = false;
+	_prefixCacheGeneration = 0;
+	_uriCacheGeneration = 0;
 }
 
 
@@ -102,13 +132,15 @@ void FastInfosetWriter::startDocument()
 	writeHeader();
 	pushState(DOCUMENT);
 	_namespaces.reset();
-	_namespaces.pushContext();
+	++_namespaceGeneration;
+	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
+	pushContext();
 }
 
 
 void FastInfosetWriter::endDocument()
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	_writer.complete();
 	popState();
@@ -117,7 +149,7 @@ void FastInfosetWriter::endDocument()
 
 void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const Attributes& attributes)
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	_prefix.clear();
 	_declarationCount = 0;
 	_attributeCount = 0;
@@ -128,7 +160,7 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	const std::string* pName = &localName;
 	if (!localName.empty() && (qname.empty() || qname == localName))
 	{
-		if (!uri.empty() && !_namespaces.isMapped(uri)) _namespaces.declarePrefix(newPrefix(), uri);
+		if (!uri.empty() && !isMapped(uri)) declarePrefix(newPrefix(), uri);
 		_prefix = prefixOf(uri);
 	}
 	else if (uri.empty() && localName.empty() && !qname.empty())
@@ -140,8 +172,8 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 		Ixor::XML::Name::split(qname, _qnamePrefix, _qnameLocal);
 		if (_qnamePrefix.empty()) _prefix = prefixOf(uri);
 		else _prefix = _qnamePrefix;
-		const std::string& mapped = _namespaces.getURI(_prefix);
-		if ((mapped.empty() || mapped != uri) && !uri.empty()) _namespaces.declarePrefix(_prefix, uri);
+		const std::string& mapped = mappedURI(_prefix);
+		if ((mapped.empty() || mapped != uri) && !uri.empty()) declarePrefix(_prefix, uri);
 	}
 	else throw FISException("Tag mismatch", nameToString(localName, qname));
 
@@ -153,10 +185,10 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 
 void FastInfosetWriter::endElement(const XMLString&, const XMLString&, const XMLString&)
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	popState();
-	_namespaces.popContext();
+	popContext();
 }
 
 
@@ -209,7 +241,7 @@ void FastInfosetWriter::handleNamespaces(const Attributes& attributes, const std
 	// The element's own context opens only now: its declarations were made
 	// in the context current at its start event, where startPrefixMapping
 	// declares too.
-	_namespaces.pushContext();
+	pushContext();
 }
 
 
@@ -218,13 +250,14 @@ void FastInfosetWriter::declareAttributeNamespaces(const Attributes& attributes)
 	const int count = attributes.getLength();
 	for (int i = 0; i < count; ++i)
 	{
-		if (attributes.getLocalName(i).empty()) continue;
 		const XMLString& attributeURI = attributes.getURI(i);
+		// An attribute without namespace name declares nothing.
+		if (attributeURI.empty() || attributes.getLocalName(i).empty()) continue;
 		Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, _qnameLocal);
 		if (_qnamePrefix.empty()) _qnamePrefix = prefixOf(attributeURI);
-		const std::string& mapped = _namespaces.getURI(_qnamePrefix);
+		const std::string& mapped = mappedURI(_qnamePrefix);
 		if (!mapped.empty() && mapped == attributeURI) continue;
-		if (!attributeURI.empty()) _namespaces.declarePrefix(_qnamePrefix, attributeURI);
+		declarePrefix(_qnamePrefix, attributeURI);
 	}
 }
 
@@ -232,7 +265,9 @@ void FastInfosetWriter::declareAttributeNamespaces(const Attributes& attributes)
 void FastInfosetWriter::addNamespaceAttributes()
 {
 	// Declarations go out ordered by prefix, the default namespace first;
-	// the prefix set of the namespace support is ordered already.
+	// the prefix set of the namespace support is ordered already. A context
+	// that received no declaration has none to give.
+	if (!_contextDeclares.empty() && !_contextDeclares.back()) return;
 	_declaredPrefixes.clear();
 	_namespaces.getDeclaredPrefixes(_declaredPrefixes);
 	for (const std::string& prefix: _declaredPrefixes)
@@ -247,21 +282,24 @@ void FastInfosetWriter::addNamespaceAttributes()
 
 void FastInfosetWriter::addAttributes(const Attributes& attributes, const std::string& elementURI)
 {
+	// The attribute list outlives the writing of the element: its strings
+	// are referred to, not copied.
 	const int count = attributes.getLength();
 	for (int i = 0; i < count; ++i)
 	{
-		if (_attributeCount == _attributeValues.size()) _attributeValues.emplace_back();
-		AttributeValue& attribute = _attributeValues[_attributeCount++];
-		attribute.namespaceURI = attributes.getURI(i);
-		attribute.localName = attributes.getLocalName(i);
-		attribute.prefix.clear();
-		if (attribute.localName.empty())
+		if (_attributeCount == _pendingAttributes.size()) _pendingAttributes.emplace_back();
+		PendingAttribute& attribute = _pendingAttributes[_attributeCount++];
+		attribute.pURI = &attributes.getURI(i);
+		attribute.pLocalName = &attributes.getLocalName(i);
+		if (attribute.pLocalName->empty())
 		{
 			Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, attribute.localName);
+			attribute.pLocalName = &attribute.localName;
 		}
 		// An attribute in its element's namespace is written without prefix.
-		if (attribute.namespaceURI != elementURI) attribute.prefix = prefixOf(attribute.namespaceURI);
-		attribute.value = attributes.getValue(i);
+		if (*attribute.pURI != elementURI) attribute.prefix = prefixOf(*attribute.pURI);
+		else attribute.prefix.clear();
+		attribute.pValue = &attributes.getValue(i);
 	}
 }
 
@@ -286,9 +324,9 @@ void FastInfosetWriter::writeElement(const std::string& prefix, const std::strin
 	{
 		for (std::size_t i = 0; i < _attributeCount; ++i)
 		{
-			const AttributeValue& attribute = _attributeValues[i];
+			const PendingAttribute& attribute = _pendingAttributes[i];
 			_writer.write(false);
-			writeAttribute(attribute.prefix, attribute.namespaceURI, attribute.localName, attribute.value);
+			writeAttribute(attribute.prefix, *attribute.pURI, *attribute.pLocalName, *attribute.pValue);
 		}
 		_writer.write(15u, 4);
 	}
@@ -300,20 +338,25 @@ void FastInfosetWriter::writeAttribute(const std::string& prefix, const std::str
 	if (_writer.bitPos() != 1)
 		throw FISEncodingException("Illegal startposition for a Attribute value");
 	writeQualifiedNameOrIndex(prefix, uri, localName, false);
-	writeNonIdentifyingStringOrIndex(value, DocumentVocabulary::ATTRIBUTE_VALUE);
+	if (!writeValueFast(value, DocumentVocabulary::ATTRIBUTE_VALUE))
+		writeNonIdentifyingStringOrIndex(value, DocumentVocabulary::ATTRIBUTE_VALUE);
 	poco_assert(_writer.bitPos() == 0);
 }
 
 
 void FastInfosetWriter::startPrefixMapping(const XMLString& prefix, const XMLString& uri)
 {
-	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX) _namespaces.declarePrefix(prefix, uri);
+	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX) declarePrefix(prefix, uri);
 }
 
 
 void FastInfosetWriter::endPrefixMapping(const XMLString& prefix)
 {
-	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX) _namespaces.undeclarePrefix(prefix);
+	if (prefix != NamespaceSupport::XML_NAMESPACE_PREFIX)
+	{
+		_namespaces.undeclarePrefix(prefix);
+		++_namespaceGeneration;
+	}
 }
 
 
@@ -322,9 +365,70 @@ void FastInfosetWriter::skippedEntity(const XMLString&)
 }
 
 
-const std::string& FastInfosetWriter::prefixOf(const std::string& uri) const
+const std::string& FastInfosetWriter::prefixOf(const std::string& uri)
 {
-	return _namespaces.getPrefix(uri);
+	// Nothing but a prefix declared with an empty namespace name maps to it:
+	// without one, the empty namespace name has the empty prefix.
+	if (uri.empty() && !_emptyURIMapped) return noPrefix();
+	if (_prefixCacheGeneration != _namespaceGeneration || uri != _prefixCacheURI)
+	{
+		_prefixCacheURI = uri;
+		_prefixCachePrefix = _namespaces.getPrefix(uri);
+		_prefixCacheMapped = _namespaces.isMapped(uri);
+		_prefixCacheGeneration = _namespaceGeneration;
+	}
+	return _prefixCachePrefix;
+}
+
+
+bool FastInfosetWriter::isMapped(const std::string& uri)
+{
+	if (uri.empty() && !_emptyURIMapped) return _namespaces.isMapped(uri);
+	prefixOf(uri);
+	return _prefixCacheMapped;
+}
+
+
+const std::string& FastInfosetWriter::mappedURI(const std::string& prefix)
+{
+	if (_uriCacheGeneration != _namespaceGeneration || prefix != _uriCachePrefix)
+	{
+		_uriCachePrefix = prefix;
+		_uriCacheURI = _namespaces.getURI(prefix);
+		_uriCacheGeneration = _namespaceGeneration;
+	}
+	return _uriCacheURI;
+}
+
+
+void FastInfosetWriter::declarePrefix(const std::string& prefix, const std::string& uri)
+{
+	_namespaces.declarePrefix(prefix, uri);
+	if (!_contextDeclares.empty()) _contextDeclares.back() = true;
+	if (uri.empty() && !prefix.empty()) _emptyURIMapped = true;
+	++_namespaceGeneration;
+}
+
+
+void FastInfosetWriter::pushContext()
+{
+	_namespaces.pushContext();
+	_contextDeclares.push_back(false);
+}
+
+
+void FastInfosetWriter::popContext()
+{
+	// More end events than start events must not pop the context that the
+	// namespace support cannot do without.
+	if (_contextDeclares.size() == 1) return;
+	_namespaces.popContext();
+	if (!_contextDeclares.empty())
+	{
+		if (_contextDeclares.back()) ++_namespaceGeneration;
+		_contextDeclares.pop_back();
+	}
+	else ++_namespaceGeneration;
 }
 
 
@@ -355,14 +459,90 @@ void FastInfosetWriter::characters(const std::string& text)
 
 void FastInfosetWriter::writeText(const char* text, std::size_t length)
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	// An empty chunk cannot be written (its index 0 is not allowed where
 	// chunks put their index); empty text is no text, so nothing goes out.
 	if (length == 0) return;
 	_writer.pad(false);
+	if (writeChunkFast(text, length)) return;
 	_writer.write(2u, 2);
-	_text.assign(text, length);
-	writeCharacterChunk(_text);
+	if (_writer.bitPos() != 2)
+		throw FISEncodingException("Illegal startposition for a CharacterChunk value");
+	writeNonIdentifyingStringOrIndex(text, length, DocumentVocabulary::CONTENT_CHARACTER_CHUNK);
+}
+
+
+bool FastInfosetWriter::writeChunkFast(const char* text, std::size_t length)
+	/// A chunk of plain text on an octet boundary with all its leading bits
+	/// in one write: the same bits as the general path, which takes what this
+	/// does not (CDATA sections, values the encoder refuses).
+{
+	if (_states.back() == CDATA_SECTION) return false;
+	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	if (addToTable)
+	{
+		const unsigned int index = lookup(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length);
+		if (index != Vocabulary<std::string>::NOT_FOUND)
+		{
+			// 10 chunk, 1 index, the index at the fourth bit.
+			UInt32 bits = 0;
+			int size = 0;
+			if (!FastEncoding::integerBits(3, index, bits, size)) return false;
+			_writer.write((5u << size) | bits, size + 3);
+			return true;
+		}
+	}
+	// 10 chunk, 0 literal, the add-to-table bit, 00 UTF-8, the length at the
+	// seventh bit, the octets.
+	UInt64 lengthBits = 0;
+	int lengthSize = 0;
+	if (!FastEncoding::stringLengthBits(6, length, lengthBits, lengthSize)) return false;
+	if (addToTable)
+	{
+		bool existed = false;
+		indexOf(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length, existed);
+	}
+	const unsigned long header = 0x20ul | (addToTable ? 4ul : 0ul);
+	_writer.write((header << lengthSize) | lengthBits, 6 + lengthSize);
+	_writer.write(text, length);
+	return true;
+}
+
+
+bool FastInfosetWriter::writeValueFast(const std::string& value, DocumentVocabulary::ID voc)
+	/// An attribute value on an octet boundary with its leading bits in one
+	/// write, as writeChunkFast() does for chunks.
+{
+	if (_states.back() == CDATA_SECTION || value.empty()) return false;
+	const std::size_t length = value.size();
+	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	if (addToTable)
+	{
+		const unsigned int index = lookup(voc, value.data(), length);
+		if (index != Vocabulary<std::string>::NOT_FOUND)
+		{
+			// 1 index, the index at the second bit.
+			UInt32 bits = 0;
+			int size = 0;
+			if (!FastEncoding::integerBits(1, index, bits, size)) return false;
+			_writer.write((1u << size) | bits, size + 1);
+			return true;
+		}
+	}
+	// 0 literal, the add-to-table bit, 00 UTF-8, the length at the fifth bit,
+	// the octets.
+	UInt64 lengthBits = 0;
+	int lengthSize = 0;
+	if (!FastEncoding::stringLengthBits(4, length, lengthBits, lengthSize)) return false;
+	if (addToTable)
+	{
+		bool existed = false;
+		indexOf(voc, value.data(), length, existed);
+	}
+	const unsigned long header = addToTable ? 4ul : 0ul;
+	_writer.write((header << lengthSize) | lengthBits, 4 + lengthSize);
+	_writer.write(value);
+	return true;
 }
 
 
@@ -381,14 +561,14 @@ void FastInfosetWriter::startCDATA()
 
 void FastInfosetWriter::endCDATA()
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	popState();
 }
 
 
 void FastInfosetWriter::processingInstruction(const XMLString& target, const XMLString& data)
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.pad(false);
 	_writer.write(0xE1u, 8);
 	writeProcessingInstruction(target, data);
@@ -498,7 +678,7 @@ void FastInfosetWriter::handleEncodedData()
 unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
 {
 	bool existed = false;
-	unsigned int index = _vocabulary.index(voc, str, existed);
+	unsigned int index = indexOf(voc, str.data(), str.size(), existed);
 	if (existed) writeIdentifyingStringIndex(index);
 	else writeIdentifyingString(str, voc);
 	return index;
@@ -525,13 +705,19 @@ void FastInfosetWriter::writeIdentifyingString(const std::string& str, DocumentV
 
 unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
 {
+	return writeNonIdentifyingStringOrIndex(str.data(), str.size(), voc);
+}
+
+
+unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const char* data, std::size_t length, DocumentVocabulary::ID voc)
+{
 	const int pos = _writer.bitPos();
 	if (pos != 0 && pos != 2)
 		throw FISEncodingException("Illegal startposition for a NonIdentifyingStringOrIndex value");
-	const bool addToTable = str.size() <= static_cast<std::size_t>(_maxIndexedStringLength) && _maxIndexedStringLength >= 0;
+	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	bool existed = false;
 	unsigned int index = 0;
-	if (addToTable) index = _vocabulary.index(voc, str, existed);
+	if (addToTable) index = indexOf(voc, data, length, existed);
 	_writer.write(existed);
 	if (existed)
 	{
@@ -540,7 +726,7 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const std::stri
 	else
 	{
 		_writer.write(addToTable);
-		writeEncodedCharacterString(str, 0);
+		writeEncodedCharacterString(data, length, 0);
 	}
 	return index;
 }
@@ -581,6 +767,12 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<E
 
 void FastInfosetWriter::writeEncodedCharacterString(const std::string& str, unsigned int algorithm)
 {
+	writeEncodedCharacterString(str.data(), str.size(), algorithm);
+}
+
+
+void FastInfosetWriter::writeEncodedCharacterString(const char* data, std::size_t length, unsigned int algorithm)
+{
 	const int pos = _writer.bitPos();
 	if (pos != 2 && pos != 4)
 		throw FISEncodingException("Illegal startposition for a writeEncodedCharacterString");
@@ -588,18 +780,18 @@ void FastInfosetWriter::writeEncodedCharacterString(const std::string& str, unsi
 	{
 		_writer.write(3u, 2);
 		Encoder::integer(_writer, 10);
-		Encoder::nonEmptyOctetString(_writer, str);
+		Encoder::nonEmptyOctetString(_writer, data, length);
 	}
 	else if (algorithm != 0 && algorithm != 10)
 	{
 		_writer.write(3u, 2);
 		Encoder::integer(_writer, algorithm);
-		_encodingAlgorithm.encode(algorithm, _writer, str);
+		_encodingAlgorithm.encode(algorithm, _writer, std::string(data, length));
 	}
 	else
 	{
 		_writer.write(0u, 2);
-		Encoder::nonEmptyOctetString(_writer, str);
+		Encoder::nonEmptyOctetString(_writer, data, length);
 	}
 }
 
@@ -639,17 +831,14 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		throw FISEncodingException("Illegal startposition for a writeQualifiedNameOrIndex value");
 	poco_assert(!localName.empty());
 
-	bool prefixFound = false;
-	bool namespaceFound = false;
-	bool localFound = false;
-	unsigned int prefixIndex = _vocabulary.exists(DocumentVocabulary::PREFIX, prefix, prefixFound);
-	unsigned int namespaceIndex = _vocabulary.exists(DocumentVocabulary::NAMESPACE_NAME, namespaceURI, namespaceFound);
-	unsigned int localIndex = _vocabulary.exists(DocumentVocabulary::LOCAL_NAME, localName, localFound);
-	if (prefixFound && namespaceFound && localFound)
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	const unsigned int localIndex = lookup(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
+	const unsigned int prefixIndex = localIndex == NOT_FOUND ? NOT_FOUND : cachedLookup(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
+	const unsigned int namespaceIndex = prefixIndex == NOT_FOUND ? NOT_FOUND : cachedLookup(DocumentVocabulary::NAMESPACE_NAME, namespaceURI, _lastNamespace);
+	if (namespaceIndex != NOT_FOUND)
 	{
-		bool found = false;
-		unsigned int index = getQNameVocabulary(element).exists(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), found);
-		if (found)
+		const unsigned int index = lookupName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+		if (index != NOT_FOUND)
 		{
 			Encoder::integer(_writer, index);
 			poco_assert(_writer.bitPos() == 0);
@@ -709,6 +898,74 @@ void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const
 	_writer.write(!namespaceURI.empty());
 	if (!prefix.empty()) writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
 	if (!namespaceURI.empty()) writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
+}
+
+
+unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* data, std::size_t length)
+	/// The index of a string in table id, or NOT_FOUND; never adds.
+{
+	const Vocabulary<std::string>* pTable = _vocabulary.vocabulary(id);
+	StringTableView& view = _views[id];
+	if (view.pTable != pTable)
+	{
+		view.pTable = pTable;
+		view.pMap = dynamic_cast<const MapVocabulary<std::string>*>(pTable);
+		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<std::string>*>(pTable);
+	}
+	if (view.pMap) return view.pMap->find(data, length);
+	if (view.pHash) return view.pHash->find(data, length);
+	bool found = false;
+	_text.assign(data, length);
+	return pTable->exists(_text, found);
+}
+
+
+unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
+	/// lookup() that remembers its last answer; a table only grows, so an
+	/// index found stays right as long as the table is the same.
+{
+	const void* pTable = _vocabulary.vocabulary(id);
+	if (last.pTable == pTable && last.value == value) return last.index;
+	const unsigned int index = lookup(id, value.data(), value.size());
+	if (index != Vocabulary<std::string>::NOT_FOUND)
+	{
+		last.pTable = pTable;
+		last.value = value;
+		last.index = index;
+	}
+	return index;
+}
+
+
+unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed)
+	/// The index of a string in table id, added when absent; the string is
+	/// built only to be added.
+{
+	const unsigned int index = lookup(id, data, length);
+	if (index != Vocabulary<std::string>::NOT_FOUND)
+	{
+		existed = true;
+		return index;
+	}
+	_text.assign(data, length);
+	return _vocabulary.index(id, _text, existed);
+}
+
+
+unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
+{
+	const Vocabulary<QualifiedNameEntry>* pTable = &getQNameVocabulary(element);
+	NameTableView& view = _nameViews[element];
+	if (view.pTable != pTable)
+	{
+		view.pTable = pTable;
+		view.pMap = dynamic_cast<const MapVocabulary<QualifiedNameEntry>*>(pTable);
+		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<QualifiedNameEntry>*>(pTable);
+	}
+	if (view.pMap) return view.pMap->find(name);
+	if (view.pHash) return view.pHash->find(name);
+	bool found = false;
+	return pTable->exists(name, found);
 }
 
 
@@ -995,7 +1252,7 @@ void FastInfosetWriter::endEntity(const XMLString&)
 
 void FastInfosetWriter::comment(const XMLChar ch[], int start, int length)
 {
-	handleEncodedData();
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	if (_states.back() == DTD) return;
 	_writer.pad(false);
 	_writer.write(0xE2u, 8);

@@ -565,3 +565,26 @@ TEST(VocabularyTest, InitialVocabulariesRefuseWhatTheyCannotHold)
 	decodeHeader(initialVocabulary("10000 10000000") + identifying("urn:v") + bitsOf(0, 8) + identifying("a"), external);
 	EXPECT_EQ((std::vector<std::string>{"", "x", "a"}), entries(*external.vocabulary(DocumentVocabulary::LOCAL_NAME)));
 }
+
+
+TEST(VocabularyTest, CopiesFindTheirOwnEntriesAfterTheSourceIsGone)
+{
+	// The map and hash tables keep lookup data beside their entries; a copy
+	// must keep working on its own once the source is destroyed.
+	for (DocumentVocabulary::VocabularyImpl impl: {DocumentVocabulary::VOC_MAP, DocumentVocabulary::VOC_HASH})
+	{
+		SCOPED_TRACE(impl);
+		DocumentVocabulary* pSource = new DocumentVocabulary(impl);
+		bool found = false;
+		for (int i = 0; i < 300; ++i) pSource->index(DocumentVocabulary::LOCAL_NAME, "name" + std::to_string(i), found);
+		pSource->elementVocabulary()->index(QualifiedNameEntry(0, 0, 7), found);
+		DocumentVocabulary copy(*pSource);
+		std::unique_ptr<Vocabulary<std::string>> pClone(pSource->vocabulary(DocumentVocabulary::LOCAL_NAME)->clone());
+		delete pSource;
+		EXPECT_EQ(151u, copy.exists(DocumentVocabulary::LOCAL_NAME, "name150", found));
+		EXPECT_EQ(151u, pClone->exists("name150", found));
+		EXPECT_EQ(1u, copy.elementVocabulary()->exists(QualifiedNameEntry(0, 0, 7), found));
+		EXPECT_EQ(301u, copy.index(DocumentVocabulary::LOCAL_NAME, "new", found));
+		EXPECT_FALSE(found);
+	}
+}

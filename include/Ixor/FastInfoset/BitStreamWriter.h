@@ -12,6 +12,7 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/Utility.h"
+#include "Poco/ByteOrder.h"
 #include <cstddef>
 #include <cstring>
 #include <iosfwd>
@@ -108,7 +109,7 @@ private:
 	int           _cachedBits;   // bits of the current octet placed so far (0 to 7)
 	unsigned int  _pending;      // those bits, right-aligned
 	std::size_t   _used;         // whole octets waiting in _buffer
-	char          _buffer[BUFFER_SIZE];
+	char          _buffer[BUFFER_SIZE + 8];   // eight spare octets let putBits() store a whole word
 };
 
 
@@ -134,18 +135,24 @@ inline bool BitStreamWriter::checkInputParams(int maxBits, int& numOfBits) const
 
 
 inline void BitStreamWriter::putBits(UInt64 value, int numOfBits)
-	/// numOfBits is 1 to 56.
+	/// numOfBits is 1 to 56. The pending bits and the new ones, left-aligned
+	/// in one word, are stored whole; the octets they complete count as
+	/// written and the rest stays pending.
 {
 	if (_used > BUFFER_SIZE - 8) flushBuffer();
-	UInt64 bits = (static_cast<UInt64>(_pending) << numOfBits) | (value & ((UInt64(1) << numOfBits) - 1));
-	int total = _cachedBits + numOfBits;
-	while (total >= 8)
-	{
-		total -= 8;
-		_buffer[_used++] = static_cast<char>(bits >> total);
-	}
-	_pending = static_cast<unsigned int>(bits & ((1u << total) - 1));
-	_cachedBits = total;
+	const UInt64 bits = (static_cast<UInt64>(_pending) << numOfBits) | (value & ((UInt64(1) << numOfBits) - 1));
+	const int total = _cachedBits + numOfBits;
+	const UInt64 word = Poco::ByteOrder::toBigEndian(bits << (64 - total));
+	std::memcpy(_buffer + _used, &word, 8);
+	_used += static_cast<std::size_t>(total >> 3);
+	_cachedBits = total & 7;
+	_pending = static_cast<unsigned int>(bits & ((1u << _cachedBits) - 1));
+}
+
+
+inline void BitStreamWriter::pad(bool fill)
+{
+	if (_cachedBits != 0) putBits(fill ? ~UInt64(0) : 0, 8 - _cachedBits);
 }
 
 

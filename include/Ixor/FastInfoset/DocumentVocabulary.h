@@ -158,6 +158,51 @@ private:
 //
 // inlines
 //
+inline Vocabulary<std::string>* DocumentVocabulary::table(ID id) const
+	/// A vocabulary has its tables after reset(), or as a copy or difference
+	/// of one that has them.
+{
+	Vocabulary<std::string>* pTable = static_cast<std::size_t>(id) < _vocabularies.size() ? _vocabularies[id] : 0;
+	poco_assert(pTable);
+	return pTable;
+}
+
+
+inline Vocabulary<std::string>* DocumentVocabulary::vocabulary(ID voc)
+{
+	poco_assert(voc > DocumentVocabulary::ENCODING_ALGORITHM && voc < DocumentVocabulary::ELEMENT_NAME);
+	return table(voc);
+}
+
+
+inline const Vocabulary<std::string>* DocumentVocabulary::vocabulary(ID voc) const
+{
+	poco_assert(voc > DocumentVocabulary::ENCODING_ALGORITHM && voc < DocumentVocabulary::ELEMENT_NAME);
+	return table(voc);
+}
+
+
+inline unsigned int DocumentVocabulary::index(ID vocabulary, const std::string& value, bool& found)
+{
+	poco_assert(vocabulary > DocumentVocabulary::ENCODING_ALGORITHM && vocabulary < DocumentVocabulary::ELEMENT_NAME);
+	return table(vocabulary)->index(value, found);
+}
+
+
+inline unsigned int DocumentVocabulary::exists(ID vocabulary, const std::string& value, bool& found) const
+{
+	poco_assert(vocabulary > DocumentVocabulary::ENCODING_ALGORITHM && vocabulary < DocumentVocabulary::ELEMENT_NAME);
+	return table(vocabulary)->exists(value, found);
+}
+
+
+inline const std::string& DocumentVocabulary::value(ID vocabulary, unsigned int idx) const
+{
+	poco_assert(vocabulary > DocumentVocabulary::ENCODING_ALGORITHM && vocabulary < DocumentVocabulary::ELEMENT_NAME);
+	return table(vocabulary)->value(idx);
+}
+
+
 inline Vocabulary<QualifiedNameEntry>* DocumentVocabulary::elementVocabulary()
 {
 	poco_assert(_pElementVocabulary);

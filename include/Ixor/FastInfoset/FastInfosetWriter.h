@@ -32,6 +32,10 @@ namespace Ixor {
 namespace FastInfoset {
 
 
+template <class T> class MapVocabulary;
+template <class T> class HashVocabulary;
+
+
 class FastInfoset_API FastInfosetWriter:
 	public FISContentHandler,
 	public Ixor::XML::LexicalHandler,
@@ -198,8 +202,10 @@ protected:
 	void writeIdentifyingString(const std::string& str, DocumentVocabulary::ID voc);
 	unsigned int writeNonIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc);
 	unsigned int writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<Encoding>& value, DocumentVocabulary::ID voc);
+	unsigned int writeNonIdentifyingStringOrIndex(const char* data, std::size_t length, DocumentVocabulary::ID voc);
 	void writeEncodedCharacterString(const std::string& str, unsigned int algorithm);
 	void writeEncodedCharacterString(Ixor::AutoPtr<Encoding>& value);
+	void writeEncodedCharacterString(const char* data, std::size_t length, unsigned int algorithm);
 	unsigned int writeCharacterChunk(const std::string& str);
 	unsigned int writeQualifiedNameOrIndex(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element);
 	unsigned int writeQualifiedName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element);
@@ -217,9 +223,49 @@ private:
 	FastInfosetWriter& operator = (const FastInfosetWriter&);
 
 	void writeText(const char* text, std::size_t length);
+	bool writeChunkFast(const char* text, std::size_t length);
+	bool writeValueFast(const std::string& value, DocumentVocabulary::ID voc);
+	struct LastLookup
+		/// The last string found in one table: prefixes and namespace names
+		/// repeat from element to element.
+	{
+		const void*  pTable;
+		std::string  value;
+		unsigned int index;
+	};
+	unsigned int cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last);
+	void init();
+
+	// Namespace support with memory: a writer asks for the prefix of the
+	// same namespace name element after element, and the answer changes
+	// only when a declaration comes or goes.
+	bool isMapped(const std::string& uri);
+	const std::string& mappedURI(const std::string& prefix);
+	void declarePrefix(const std::string& prefix, const std::string& uri);
+	void pushContext();
+	void popContext();
+	unsigned int lookup(DocumentVocabulary::ID id, const char* data, std::size_t length);
+	unsigned int indexOf(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed);
+	unsigned int lookupName(const QualifiedNameEntry& name, bool element);
+
+	struct StringTableView
+		/// A string table of the vocabulary seen as its concrete kind, so
+		/// that lookups take octets and make no virtual call.
+	{
+		const Vocabulary<std::string>* pTable;
+		const MapVocabulary<std::string>* pMap;
+		const HashVocabulary<std::string>* pHash;
+	};
+
+	struct NameTableView
+	{
+		const Vocabulary<QualifiedNameEntry>* pTable;
+		const MapVocabulary<QualifiedNameEntry>* pMap;
+		const HashVocabulary<QualifiedNameEntry>* pHash;
+	};
 	void pushState(State state);
 	void popState();
-	const std::string& prefixOf(const std::string& uri) const;
+	const std::string& prefixOf(const std::string& uri);
 
 	typedef std::vector<std::pair<std::string, std::string>> Declarations;
 
@@ -248,6 +294,32 @@ private:
 	std::vector<AttributeValue>            _attributeValues;
 	std::size_t                            _attributeCount;
 	Ixor::XML::NamespaceSupport::PrefixSet _declaredPrefixes;
+	StringTableView                        _views[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
+	NameTableView                          _nameViews[2];
+
+	struct PendingAttribute
+	{
+		const std::string* pURI;
+		const std::string* pLocalName;
+		const std::string* pValue;
+		std::string        prefix;
+		std::string        localName;   // when the attribute gave only a qualified name
+	};
+	std::vector<PendingAttribute>          _pendingAttributes;
+
+	LastLookup                             _lastPrefix;
+	LastLookup                             _lastNamespace;
+
+	UInt64                                 _namespaceGeneration;
+	std::vector<bool>                      _contextDeclares;
+	bool                                   _emptyURIMapped;
+	std::string                            _prefixCacheURI;
+	std::string                            _prefixCachePrefix;
+	bool                                   _prefixCacheMapped;
+	UInt64                                 _prefixCacheGeneration;
+	std::string                            _uriCachePrefix;
+	std::string                            _uriCacheURI;
+	UInt64                                 _uriCacheGeneration;
 };
 
 

@@ -12,6 +12,8 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/Vocabulary.h"
+#include "Ixor/FastInfoset/VocabularyHash.h"
+#include <cstring>
 #include <vector>
 
 
@@ -56,6 +58,14 @@ public:
 
 	Vocabulary<T>* clone() const override;
 
+	unsigned int find(const T& value) const;
+		/// The index of value, or NOT_FOUND: exists() without the virtual
+		/// call, for the writer's lookups.
+
+	unsigned int find(const char* data, std::size_t length) const;
+		/// For tables of strings: the index of the string of length octets
+		/// at data, or NOT_FOUND; no string is built for the lookup.
+
 private:
 	enum Probe
 	{
@@ -67,17 +77,18 @@ private:
 	HashVocabulary(DontInitialize, unsigned long capacity);
 
 	static unsigned long checkCapacity(unsigned long capacity);
-	Probe probe(const T& value, UInt32& slot) const;
+	Probe probe(const T& value, UInt32& slot, UInt32& hash) const;
 
 	std::vector<UInt32>   _table;
+	std::vector<UInt32>   _hashes;     // the full hash of each slot's value: most probes compare no value
 	UInt32                _capacity;
-	Ixor::HashFunction<T> _hash;
 };
 
 
 template <class T>
 HashVocabulary<T>::HashVocabulary(unsigned long capacity):
 	_table(checkCapacity(capacity), NOT_FOUND),
+	_hashes(capacity, 0),
 	_capacity(static_cast<UInt32>(capacity))
 {
 	bool found;
@@ -95,6 +106,7 @@ HashVocabulary<T>::HashVocabulary(DontInitialize):
 template <class T>
 HashVocabulary<T>::HashVocabulary(DontInitialize, unsigned long capacity):
 	_table(capacity, NOT_FOUND),
+	_hashes(capacity, 0),
 	_capacity(static_cast<UInt32>(capacity))
 {
 }
@@ -111,7 +123,7 @@ unsigned long HashVocabulary<T>::checkCapacity(unsigned long capacity)
 
 
 template <class T>
-typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const T& value, UInt32& slot) const
+typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const T& value, UInt32& slot, UInt32& hash) const
 	/// Walks the linear probe sequence of value until it meets an equal
 	/// entry or a free slot. The walk gives up only after cap + 2 probes,
 	/// the first two slots being looked at twice; that count is the format's
@@ -119,12 +131,13 @@ typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const T& value, UInt3
 {
 	const UInt32 cap = _capacity;
 	if (cap == 0) return PROBE_FULL;
-	slot = _hash(value, cap);
+	hash = VocabularyHash<T>()(value);
+	slot = hash % cap;
 	for (UInt32 step = 0; ; ++step)
 	{
 		const UInt32 entry = _table[slot];
 		if (entry == NOT_FOUND) return PROBE_EMPTY;
-		if (this->_index[entry] == value) return PROBE_FOUND;
+		if (_hashes[slot] == hash && this->_index[entry] == value) return PROBE_FOUND;
 		if (step > cap) return PROBE_FULL;
 		if (++slot == cap) slot = 0;
 	}
@@ -135,7 +148,8 @@ template <class T>
 unsigned int HashVocabulary<T>::index(const T& value, bool& found)
 {
 	UInt32 slot = 0;
-	switch (probe(value, slot))
+	UInt32 hash = 0;
+	switch (probe(value, slot, hash))
 	{
 	case PROBE_FOUND:
 		found = true;
@@ -150,8 +164,40 @@ unsigned int HashVocabulary<T>::index(const T& value, bool& found)
 	const UInt32 idx = static_cast<UInt32>(this->_index.size());
 	this->_index.push_back(value);
 	_table[slot] = idx;
+	_hashes[slot] = hash;
 	found = false;
 	return idx;
+}
+
+
+template <class T>
+inline unsigned int HashVocabulary<T>::find(const T& value) const
+{
+	UInt32 slot = 0;
+	UInt32 hash = 0;
+	return probe(value, slot, hash) == PROBE_FOUND ? _table[slot] : NOT_FOUND;
+}
+
+
+template <class T>
+inline unsigned int HashVocabulary<T>::find(const char* data, std::size_t length) const
+	/// The walk of probe(), on octets.
+{
+	const UInt32 cap = _capacity;
+	if (cap == 0) return NOT_FOUND;
+	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
+	UInt32 slot = hash % cap;
+	for (UInt32 step = 0; ; ++step)
+	{
+		const UInt32 entry = _table[slot];
+		if (entry == NOT_FOUND) return NOT_FOUND;
+		if (_hashes[slot] == hash)
+		{
+			if (VocabularyHash<std::string>::equal(this->_index[entry], data, length)) return entry;
+		}
+		if (step > cap) return NOT_FOUND;
+		if (++slot == cap) slot = 0;
+	}
 }
 
 
@@ -159,7 +205,8 @@ template <class T>
 unsigned int HashVocabulary<T>::exists(const T& value, bool& found) const
 {
 	UInt32 slot = 0;
-	found = probe(value, slot) == PROBE_FOUND;
+	UInt32 hash = 0;
+	found = probe(value, slot, hash) == PROBE_FOUND;
 	return found ? _table[slot] : NOT_FOUND;
 }
 

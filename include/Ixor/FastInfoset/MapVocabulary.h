@@ -12,7 +12,9 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/Vocabulary.h"
-#include <map>
+#include "Ixor/FastInfoset/VocabularyHash.h"
+#include <cstring>
+#include <vector>
 
 
 namespace Ixor {
@@ -21,8 +23,12 @@ namespace FastInfoset {
 
 template <class T>
 class FastInfoset_API MapVocabulary: public Vocabulary<T>
-	/// A table with an ordered map from value to index beside the entries;
-	/// no capacity limit. A value is added once.
+	/// A table with an index from value to position beside the entries; no
+	/// capacity limit. A value is added once.
+	///
+	/// The index is an open-addressing hash table that doubles when it is
+	/// half full; it keeps each value's hash, so that a lookup compares
+	/// values only when their hashes agree.
 {
 public:
 	using Vocabulary<T>::index;
@@ -33,6 +39,11 @@ public:
 
 	explicit MapVocabulary(DontInitialize);
 		/// A table without placeholder.
+
+	MapVocabulary(const MapVocabulary& other);
+		/// A deep copy.
+
+	MapVocabulary& operator = (const MapVocabulary&) = delete;
 
 	unsigned int index(const T& value, bool& found) override;
 	unsigned int exists(const T& value, bool& found) const override;
@@ -45,15 +56,33 @@ public:
 	Vocabulary<T>* subtract(const Vocabulary<T>& other) const override;
 	Vocabulary<T>* clone() const override;
 
-private:
-	typedef std::map<T, unsigned int> Map;
+	unsigned int find(const T& value) const;
+		/// The index of value, or NOT_FOUND: exists() without the virtual
+		/// call, for the writer's lookups.
 
-	Map _map;
+	unsigned int find(const char* data, std::size_t length) const;
+		/// For tables of strings: the index of the string of length octets
+		/// at data, or NOT_FOUND; no string is built for the lookup.
+
+private:
+	struct Slot
+	{
+		UInt32   hash;
+		UInt32   index;
+		const T* pEntry;   // the stored entry, which never moves
+	};
+
+	UInt32 find(const T& value, UInt32 hash) const;
+	void grow();
+
+	std::vector<Slot> _slots;
+	std::size_t       _used;
 };
 
 
 template <class T>
-MapVocabulary<T>::MapVocabulary(unsigned long /*capacity*/)
+MapVocabulary<T>::MapVocabulary(unsigned long /*capacity*/):
+	_used(0)
 {
 	bool found;
 	MapVocabulary<T>::index(T(), found);
@@ -61,31 +90,101 @@ MapVocabulary<T>::MapVocabulary(unsigned long /*capacity*/)
 
 
 template <class T>
-MapVocabulary<T>::MapVocabulary(DontInitialize)
+MapVocabulary<T>::MapVocabulary(DontInitialize):
+	_used(0)
 {
+}
+
+
+template <class T>
+MapVocabulary<T>::MapVocabulary(const MapVocabulary& other):
+	Vocabulary<T>(other),
+	_slots(other._slots),
+	_used(other._used)
+{
+	// The slots must refer to this table's own entries.
+	for (Slot& slot: _slots)
+	{
+		if (slot.index != NOT_FOUND) slot.pEntry = &this->_index[slot.index];
+	}
+}
+
+
+template <class T>
+inline UInt32 MapVocabulary<T>::find(const T& value, UInt32 hash) const
+	/// The slot that holds value, or the free slot where it belongs.
+{
+	const std::size_t mask = _slots.size() - 1;
+	std::size_t i = hash & mask;
+	for (;;)
+	{
+		const Slot& slot = _slots[i];
+		if (slot.index == NOT_FOUND || (slot.hash == hash && *slot.pEntry == value)) return static_cast<UInt32>(i);
+		i = (i + 1) & mask;
+	}
+}
+
+
+template <class T>
+inline unsigned int MapVocabulary<T>::find(const T& value) const
+{
+	return _slots.empty() ? NOT_FOUND : _slots[find(value, VocabularyHash<T>()(value))].index;
+}
+
+
+template <class T>
+inline unsigned int MapVocabulary<T>::find(const char* data, std::size_t length) const
+{
+	if (_slots.empty()) return NOT_FOUND;
+	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
+	const std::size_t mask = _slots.size() - 1;
+	for (std::size_t i = hash & mask; ; i = (i + 1) & mask)
+	{
+		const Slot& slot = _slots[i];
+		if (slot.index == NOT_FOUND) return NOT_FOUND;
+		if (slot.hash == hash)
+		{
+			if (VocabularyHash<std::string>::equal(*slot.pEntry, data, length)) return slot.index;
+		}
+	}
+}
+
+
+template <class T>
+void MapVocabulary<T>::grow()
+{
+	std::vector<Slot> slots(_slots.empty() ? 64 : 2 * _slots.size(), Slot{0, NOT_FOUND, 0});
+	const std::size_t mask = slots.size() - 1;
+	for (const Slot& slot: _slots)
+	{
+		if (slot.index == NOT_FOUND) continue;
+		std::size_t i = slot.hash & mask;
+		while (slots[i].index != NOT_FOUND) i = (i + 1) & mask;
+		slots[i] = slot;
+	}
+	_slots.swap(slots);
 }
 
 
 template <class T>
 unsigned int MapVocabulary<T>::index(const T& value, bool& found)
 {
-	typename Map::iterator it = _map.lower_bound(value);
-	if (it != _map.end() && !(value < it->first))
+	if (2 * (_used + 1) > _slots.size()) grow();
+	const UInt32 hash = VocabularyHash<T>()(value);
+	const UInt32 i = find(value, hash);
+	if (_slots[i].index != NOT_FOUND)
 	{
 		found = true;
-		return it->second;
+		return _slots[i].index;
 	}
-	const unsigned int idx = static_cast<unsigned int>(this->_index.size());
-	it = _map.emplace_hint(it, value, idx);
-	try
-	{
-		this->_index.push_back(value);
-	}
-	catch (...)
-	{
-		_map.erase(it);
-		throw;
-	}
+	// The entry is stored before the slot refers to it, so that a failed
+	// append leaves the table as it was.
+	const UInt32 idx = static_cast<UInt32>(this->_index.size());
+	this->_index.push_back(value);
+	_slots[i].hash = hash;
+	_slots[i].index = idx;
+	_slots[i].pEntry = &this->_index[idx];
+	++_used;
 	found = false;
 	return idx;
 }
@@ -94,9 +193,15 @@ unsigned int MapVocabulary<T>::index(const T& value, bool& found)
 template <class T>
 unsigned int MapVocabulary<T>::exists(const T& value, bool& found) const
 {
-	typename Map::const_iterator it = _map.find(value);
-	found = it != _map.end();
-	return found ? it->second : NOT_FOUND;
+	if (_slots.empty())
+	{
+		found = false;
+		return NOT_FOUND;
+	}
+	const UInt32 i = find(value, VocabularyHash<T>()(value));
+	const UInt32 idx = _slots[i].index;
+	found = idx != NOT_FOUND;
+	return idx;
 }
 
 
