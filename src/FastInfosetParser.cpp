@@ -517,16 +517,27 @@ void FastInfosetParser::parseElementChildren(BitStreamReader& r)
 	/// parseElementChild().
 {
 	const std::size_t level = _openElements.size();
+	// The window stays in step with the reader across the items decoded
+	// here (terminators, chunks given by index); whatever reads through the
+	// reader itself makes it stale.
+	int available = 0;
+	UInt64 window = 0;
+	bool inStep = false;
 	for (;;)
 	{
-		int available = 0;
-		UInt64 window = r.window(available);
+		if (!inStep || available < 32)
+		{
+			window = r.window(available);
+			inStep = true;
+		}
 		if (available < 4) throw FISParseException(END_OF_CHILDREN);
 		if ((window >> 60) == 15)
 		{
 			if (_openElements.size() == level) return;
 			// The four bits that end the innermost open element.
 			r.advance(4);
+			window <<= 4;
+			available -= 4;
 			const NameEntry& element = *_openElements.back();
 			_openElements.pop_back();
 			endElement(element);
@@ -539,6 +550,22 @@ void FastInfosetParser::parseElementChildren(BitStreamReader& r)
 		window <<= skip;
 		available -= skip;
 		const unsigned int code = static_cast<unsigned int>(window >> 56);
+		if ((code & 0xE0) == 0xA0)
+		{
+			// 10 chunk, 1 index: the index at the fourth bit.
+			unsigned int index = 0;
+			int size = 0;
+			if (FastDecoding::integerAt(3, window << 3, available - 3, index, size))
+			{
+				r.advance(skip + 3 + size);
+				window <<= 3 + size;
+				available -= 3 + size;
+				const std::string& text = stringAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
+				characters(text.data(), text.size());
+				continue;
+			}
+		}
+		inStep = false;
 		if (code < 0x80)
 		{
 			r.advance(skip + 1);
