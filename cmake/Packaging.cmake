@@ -1,6 +1,6 @@
 # Installation: headers, the shared library (versioned SONAME), a CMake
 # package (find_package(IxorFastInfoset) -> Ixor::FastInfoset) and a
-# pkg-config file. Tools install themselves.
+# pkg-config file. fitool installs itself from tools/fitool.
 include(CMakePackageConfigHelpers)
 
 set(FASTINFOSET_CMAKE_DIR ${CMAKE_INSTALL_LIBDIR}/cmake/IxorFastInfoset)
