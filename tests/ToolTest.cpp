@@ -12,6 +12,7 @@
 #include "EventRecorder.h"
 #include "Poco/DirectoryIterator.h"
 #include "Poco/File.h"
+#include "Poco/NullStream.h"
 #include "Poco/Path.h"
 #include "Poco/PipeStream.h"
 #include "Poco/Process.h"
@@ -21,6 +22,7 @@
 #include "Poco/StreamCopier.h"
 #include "Poco/TemporaryFile.h"
 #include <gtest/gtest.h>
+#include <algorithm>
 #include <fstream>
 #include <sstream>
 
@@ -114,6 +116,26 @@ std::vector<std::string> events(const std::string& xml, bool stripWhitespace, st
 			: xml.substr(doctype + 10, xml.find_first_of(" >[", doctype + 10) - doctype - 10);
 	}
 	return recorder.lines;
+}
+
+
+int listedElements(const std::string& listing)
+	/// The element count of the listing's summary, -1 when there is none.
+{
+	const std::string::size_type row = listing.find("\n  structure ");
+	const std::string::size_type items = row == std::string::npos ? row : listing.find("%  ", row);
+	return items == std::string::npos ? -1 : std::stoi(listing.substr(items + 3));
+}
+
+
+void feedXML(const std::string& xml, FastInfosetWriter& writer)
+{
+	Ixor::XML::SAXParser parser;
+	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+	parser.setContentHandler(&writer);
+	std::istringstream in(xml);
+	Ixor::XML::InputSource source(in);
+	parser.parse(&source);
 }
 
 
@@ -221,6 +243,12 @@ TEST_F(ToolTest, DataFilesSurviveEncodeAndDecodeWithEachOption)
 			const bool strip = !options.empty() && options[0] == "--strip-whitespace";
 			EXPECT_EQ("", firstDifference(strip ? stripped : plain, events(decoded.out, false, &backDoctype)));
 			EXPECT_EQ(doctype, backDoctype);
+
+			// The listing walks the whole document.
+			const Outcome dumped = fitool({"dump", path("doc.fi")});
+			EXPECT_EQ(0, dumped.status) << dumped.err;
+			EXPECT_EQ(std::count_if(plain.begin(), plain.end(), [](const std::string& line) { return line.compare(0, 13, "startElement ") == 0; }),
+				listedElements(dumped.out));
 
 			// Each option does what it says.
 			if (options.empty())
@@ -465,6 +493,40 @@ TEST_F(ToolTest, DecodedTextIsWellFormedWhereTheParserReportsNoXML)
 		}));
 	EXPECT_EQ(1, empty.status);
 	EXPECT_EQ("fitool: (standard input): XML Exception: No document element", empty.err.substr(0, 60));
+}
+
+
+TEST_F(ToolTest, ExternalVocabulariesAreLoadedUnlessRefused)
+{
+	const std::string xml = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
+	write("vocabulary.xml", xml);
+	const std::string uri = path("vocabulary.xml");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(uri, DocumentVocabulary::VOC_HASH));
+	feedXML(xml, collector);
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out, false, collector.getDocumentVocabulary());
+		writer.setExternalVocabulary(uri, collector.getDocumentVocabulary());
+		feedXML(xml, writer);
+	}
+	write("against.fi", out.str());
+
+	const Outcome decoded = fitool({"decode", path("against.fi")});
+	EXPECT_EQ(0, decoded.status) << decoded.err;
+	EXPECT_EQ("<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", decoded.out);
+	const Outcome dumped = fitool({"dump", path("against.fi")});
+	EXPECT_EQ(0, dumped.status) << dumped.err;
+	EXPECT_NE(std::string::npos, dumped.out.find("    external vocabulary: \"" + uri + "\"\n      loaded\n")) << dumped.out;
+	EXPECT_NE(std::string::npos, dumped.out.find("    text \"text\"  chunk[1]\n")) << dumped.out;
+
+	for (const char* command: {"decode", "convert", "dump"})
+	{
+		SCOPED_TRACE(command);
+		const Outcome refused = fitool({command, "--no-external-vocabularies", path("against.fi")});
+		EXPECT_EQ(1, refused.status);
+		EXPECT_NE(std::string::npos, refused.err.find(": FastInfoset Exception: External vocabulary loading is disabled: " + uri + " (at")) << refused.err;
+	}
 }
 
 
