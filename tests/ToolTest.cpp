@@ -1,0 +1,614 @@
+//
+// ToolTest.cpp
+//
+// Runs the fitool command as users do, in its own process: conversions in
+// both directions over the test data with each option, the listing, exit
+// statuses and messages for bad input and bad usage, and the promise that a
+// failed run leaves no output file.
+//
+
+
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "EventRecorder.h"
+#include "Poco/DirectoryIterator.h"
+#include "Poco/File.h"
+#include "Poco/NullStream.h"
+#include "Poco/Path.h"
+#include "Poco/PipeStream.h"
+#include "Poco/Process.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/SAXParser.h"
+#include "Poco/SAX/WhitespaceFilter.h"
+#include "Poco/StreamCopier.h"
+#include "Poco/TemporaryFile.h"
+#include <gtest/gtest.h>
+#include <algorithm>
+#include <fstream>
+#include <sstream>
+
+
+using namespace Ixor::FastInfoset;
+using namespace TestSupport;
+using Ixor::XML::XMLReader;
+
+
+#ifdef FITOOL_PATH
+
+
+namespace {
+
+
+struct Outcome
+{
+	int status;
+	std::string out;
+	std::string err;
+};
+
+
+Outcome fitool(const std::vector<std::string>& arguments, const std::string& input = std::string())
+	/// Runs fitool with the arguments and input on standard input.
+{
+	Poco::Pipe inPipe;
+	Poco::Pipe outPipe;
+	Poco::Pipe errPipe;
+	Poco::ProcessHandle process = Poco::Process::launch(FITOOL_PATH, arguments, &inPipe, &outPipe, &errPipe);
+	{
+		// Inputs here are small enough for the pipe, so that writing all
+		// of it first cannot block.
+		Poco::PipeOutputStream in(inPipe);
+		in << input;
+		in.close();
+	}
+	Outcome run;
+	Poco::PipeInputStream out(outPipe);
+	Poco::StreamCopier::copyToString(out, run.out);
+	Poco::PipeInputStream err(errPipe);
+	Poco::StreamCopier::copyToString(err, run.err);
+	run.status = process.wait();
+	return run;
+}
+
+
+std::string fileContent(const std::string& path)
+{
+	std::ifstream in(path, std::ios::binary);
+	std::ostringstream content;
+	content << in.rdbuf();
+	return content.str();
+}
+
+
+std::vector<std::string> dataFiles()
+{
+	std::vector<std::string> files;
+	for (Poco::DirectoryIterator it{std::string(FASTINFOSET_TEST_DATA)}, end; it != end; ++it)
+	{
+		if (it.path().getExtension() == "xml") files.push_back(it.path().toString());
+	}
+	std::sort(files.begin(), files.end());
+	return files;
+}
+
+
+std::vector<std::string> events(const std::string& xml, bool stripWhitespace, std::string* pDoctypeName = 0)
+	/// The events of XML text as the host's parser reports them, in the
+	/// form that survives a round trip (see EventRecorder::Options).
+{
+	EventRecorder::Options options;
+	options.comparable = true;
+	options.sortAttributes = true;
+	EventRecorder recorder(options);
+	Ixor::XML::SAXParser parser;
+	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
+	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+	Ixor::XML::WhitespaceFilter filter(&parser);
+	XMLReader& reader = stripWhitespace ? static_cast<XMLReader&>(filter) : static_cast<XMLReader&>(parser);
+	recorder.attachTo(reader);
+	std::istringstream in(xml);
+	Ixor::XML::InputSource source(in);
+	reader.parse(&source);
+	if (pDoctypeName)
+	{
+		// The comparable form leaves the name out; the tool must keep it.
+		const std::string::size_type doctype = xml.find("<!DOCTYPE ");
+		*pDoctypeName = doctype == std::string::npos ? std::string()
+			: xml.substr(doctype + 10, xml.find_first_of(" >[", doctype + 10) - doctype - 10);
+	}
+	return recorder.lines;
+}
+
+
+int listedElements(const std::string& listing)
+	/// The element count of the listing's summary, -1 when there is none.
+{
+	const std::string::size_type row = listing.find("\n  structure ");
+	const std::string::size_type items = row == std::string::npos ? row : listing.find("%  ", row);
+	return items == std::string::npos ? -1 : std::stoi(listing.substr(items + 3));
+}
+
+
+void feedXML(const std::string& xml, FastInfosetWriter& writer)
+{
+	Ixor::XML::SAXParser parser;
+	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+	parser.setContentHandler(&writer);
+	std::istringstream in(xml);
+	Ixor::XML::InputSource source(in);
+	parser.parse(&source);
+}
+
+
+int indexedStrings(const std::string& fi)
+	/// The entries of the attribute-value, character-chunk and other-string
+	/// tables at the end, as the listing gives them.
+{
+	const std::string listing = fitool({"dump", fi}).out;
+	int count = 0;
+	for (const std::string label: {"  attribute values", "  content character chunks", "  other strings"})
+	{
+		// The tables close the listing, after the summary's rows.
+		const std::string::size_type at = listing.rfind(label);
+		if (at == std::string::npos) return -1;
+		count += std::stoi(listing.substr(at + label.size()));
+	}
+	return count;
+}
+
+
+class ToolTest: public testing::Test
+	/// A folder of its own for each test.
+{
+protected:
+	ToolTest():
+		_folder(Poco::TemporaryFile::tempName())
+	{
+		_folder.createDirectories();
+	}
+
+	~ToolTest()
+	{
+		_folder.remove(true);
+	}
+
+	std::string path(const std::string& name) const
+	{
+		return Poco::Path(_folder.path()).append(name).toString();
+	}
+
+	void write(const std::string& name, const std::string& content) const
+	{
+		std::ofstream(path(name), std::ios::binary) << content;
+	}
+
+	std::vector<std::string> folderContent() const
+	{
+		std::vector<std::string> names;
+		_folder.list(names);
+		std::sort(names.begin(), names.end());
+		return names;
+	}
+
+	Poco::File _folder;
+};
+
+
+std::string writtenDocument(const std::function<void(FastInfosetWriter&)>& events)
+	/// A Fast Infoset document written straight from events, for structures
+	/// that XML text cannot give the writer.
+{
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out);
+		events(writer);
+	}
+	return out.str();
+}
+
+
+} // namespace
+
+
+TEST_F(ToolTest, DataFilesSurviveEncodeAndDecodeWithEachOption)
+{
+	const std::vector<std::vector<std::string>> OPTIONS =
+	{
+		{},
+		{"--strip-whitespace"},
+		{"--max-indexed-length", "0"},
+		{"--max-indexed-length=100000"},
+		{"--xml-declaration"}
+	};
+	for (const std::string& file: dataFiles())
+	{
+		const std::string xml = fileContent(file);
+		std::string doctype;
+		const std::vector<std::string> plain = events(xml, false, &doctype);
+		const std::vector<std::string> stripped = events(xml, true);
+		std::size_t defaultSize = 0;
+		int defaultStrings = 0;
+		for (const std::vector<std::string>& options: OPTIONS)
+		{
+			SCOPED_TRACE(file + (options.empty() ? std::string() : " " + options[0]));
+			std::vector<std::string> arguments = {"encode", file, "-o", path("doc.fi")};
+			arguments.insert(arguments.end(), options.begin(), options.end());
+			const Outcome encoded = fitool(arguments);
+			ASSERT_EQ(0, encoded.status) << encoded.err;
+			EXPECT_EQ("", encoded.out + encoded.err);
+			const std::string fi = fileContent(path("doc.fi"));
+
+			const Outcome decoded = fitool({"decode", path("doc.fi")});
+			ASSERT_EQ(0, decoded.status) << decoded.err;
+			std::string backDoctype;
+			const bool strip = !options.empty() && options[0] == "--strip-whitespace";
+			EXPECT_EQ("", firstDifference(strip ? stripped : plain, events(decoded.out, false, &backDoctype)));
+			EXPECT_EQ(doctype, backDoctype);
+
+			// The listing walks the whole document.
+			const Outcome dumped = fitool({"dump", path("doc.fi")});
+			EXPECT_EQ(0, dumped.status) << dumped.err;
+			EXPECT_EQ(std::count_if(plain.begin(), plain.end(), [](const std::string& line) { return line.compare(0, 13, "startElement ") == 0; }),
+				listedElements(dumped.out));
+
+			// Each option does what it says.
+			if (options.empty())
+			{
+				defaultSize = fi.size();
+				defaultStrings = indexedStrings(path("doc.fi"));
+			}
+			else if (options[0] == "--max-indexed-length")
+			{
+				EXPECT_GT(fi.size(), defaultSize);
+			}
+			else if (options[0] == "--strip-whitespace")
+			{
+				EXPECT_LT(fi.size(), defaultSize);
+			}
+			else if (options[0] != "--xml-declaration")
+			{
+				EXPECT_GT(indexedStrings(path("doc.fi")), defaultStrings);
+			}
+			const std::string start = options.empty() || options[0] != "--xml-declaration" ? "" : "<?xml encoding='finf'?>";
+			EXPECT_EQ(start + std::string("\xE0\0\0\x01", 4), fi.substr(0, start.size() + 4));
+		}
+	}
+}
+
+
+TEST_F(ToolTest, DecodedTextEncodesToTheSameDocument)
+{
+	// Fast Infoset to XML text and back: the second text has the events of
+	// the first, whatever the decoding options.
+	const std::vector<std::vector<std::string>> OPTIONS = {{}, {"--declaration"}, {"--pretty"}, {"--pretty", "--declaration"}};
+	for (const std::string& file: dataFiles())
+	{
+		ASSERT_EQ(0, fitool({"encode", file, "-o", path("first.fi")}).status);
+		for (const std::vector<std::string>& options: OPTIONS)
+		{
+			SCOPED_TRACE(file + " " + (options.empty() ? std::string() : options[0]));
+			std::vector<std::string> arguments = {"decode", path("first.fi"), "-o", path("first.xml")};
+			arguments.insert(arguments.end(), options.begin(), options.end());
+			ASSERT_EQ(0, fitool(arguments).status);
+			ASSERT_EQ(0, fitool({"encode", path("first.xml"), "-o", path("second.fi")}).status);
+			ASSERT_EQ(0, fitool({"decode", path("second.fi"), "-o", path("second.xml")}).status);
+			const std::string first = fileContent(path("first.xml"));
+			const std::string second = fileContent(path("second.xml"));
+			const bool pretty = !options.empty() && options[0] == "--pretty";
+			EXPECT_EQ("", firstDifference(events(first, pretty), events(second, pretty)));
+			const bool declaration = std::find(options.begin(), options.end(), "--declaration") != options.end();
+			EXPECT_EQ(declaration, first.compare(0, 14, "<?xml version=") == 0);
+
+			// Indenting changes whitespace between elements and nothing else.
+			if (pretty)
+			{
+				EXPECT_EQ("", firstDifference(events(fileContent(file), true), events(first, true)));
+			}
+		}
+	}
+}
+
+
+TEST_F(ToolTest, ConvertTakesTheDirectionFromTheFirstOctets)
+{
+	const std::string file = FASTINFOSET_TEST_DATA "/saml-namespaced.xml";
+	const Outcome encoded = fitool({"encode", file});
+	const Outcome decoded = fitool({"decode", "-"}, encoded.out);
+	ASSERT_EQ(0, encoded.status);
+	ASSERT_EQ(0, decoded.status);
+
+	write("plain.fi", encoded.out);
+	ASSERT_EQ(0, fitool({"encode", "--xml-declaration", file, "-o", path("preheader.fi")}).status);
+	struct Case
+	{
+		std::string input;
+		std::string expected;
+	};
+	const Case CASES[] =
+	{
+		{path("plain.fi"), decoded.out},
+		{path("preheader.fi"), decoded.out},
+		{file, encoded.out},   // XML text that starts with "<?xml" too
+	};
+	for (const Case& c: CASES)
+	{
+		SCOPED_TRACE(c.input);
+		const Outcome converted = fitool({"convert", c.input});
+		EXPECT_EQ(0, converted.status) << converted.err;
+		EXPECT_EQ(c.expected, converted.out);
+	}
+	const Outcome fromStandardInput = fitool({"convert"}, fileContent(file));
+	EXPECT_EQ(encoded.out, fromStandardInput.out);
+}
+
+
+TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
+{
+	const std::string fi = fitool({"encode", FASTINFOSET_TEST_DATA "/rss-feed-pi-cdata.xml"}).out;
+	ASSERT_GT(fi.size(), 3000u);
+	write("truncated.fi", fi.substr(0, 3000));
+	write("binary.dat", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16));
+	write("notations.xml", "<!DOCTYPE doc [<!NOTATION gif SYSTEM 'image/gif'>]><doc/>");
+	write("good.xml", "<doc/>");
+	const std::string missing = path("missing.xml");
+
+	struct Case
+	{
+		std::vector<std::string> arguments;
+		int status;
+		std::string message;   // the line on standard error, or its start
+	};
+	const Case CASES[] =
+	{
+		{{"decode", path("truncated.fi")}, 1, "fitool: " + path("truncated.fi")
+			+ ": FastInfoset Parse Exception: Unexpected end of stream while parsing octet string (at or before octet 3000)\n"},
+		{{"dump", path("truncated.fi")}, 1, "fitool: " + path("truncated.fi")
+			+ ": FastInfoset Parse Exception: Unexpected end of stream while parsing octet string (at octet 3000)\n"},
+		{{"encode", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
+		{{"convert", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
+		{{"decode", path("good.xml")}, 1, "fitool: " + path("good.xml")
+			+ ": FastInfoset Exception: Not a valid Fast Infoset document (invalid header) (at or before octet 6)\n"},
+		{{"encode", path("notations.xml")}, 1, "fitool: " + path("notations.xml")
+			+ ": FastInfoset Exception: Cannot encode declarations of notations and unparsed entities: notation gif\n"},
+		{{"encode", missing}, 1, "fitool: " + missing + ": File not found\n"},
+		{{"dump", missing}, 1, "fitool: " + missing + ": File not found\n"},
+		{{"encode", path("good.xml"), "-o", path("no/such/folder.fi")}, 1, "fitool: " + path("no/such/folder.fi") + ": File not found: "},
+		{{"translate"}, 2, "fitool: Bad usage: unknown command: translate\n"},
+		{{"encode", "--pretty"}, 2, "fitool: Unknown option"},
+		{{"encode", "a.xml", "b.xml"}, 2, "fitool: Bad usage: more than one input: b.xml\n"},
+		{{"encode", "--max-indexed-length", "-1"}, 2, "fitool: Invalid option argument: --max-indexed-length takes a number from 0 up: -1\n"},
+		{{"decode", "-o"}, 2, "fitool: Missing option argument"},
+		{{}, 2, "usage: fitool COMMAND"},
+	};
+	for (const Case& c: CASES)
+	{
+		SCOPED_TRACE(c.arguments.empty() ? std::string("(none)") : c.arguments[0] + " " + (c.arguments.size() > 1 ? c.arguments[1] : ""));
+		const Outcome run = fitool(c.arguments);
+		EXPECT_EQ(c.status, run.status);
+		EXPECT_EQ(c.message, run.err.substr(0, c.message.size()));
+		if (c.status == 1)
+		{
+			EXPECT_EQ(run.err.size() - 1, run.err.find('\n')) << run.err;
+		}
+	}
+}
+
+
+TEST_F(ToolTest, FailedRunsLeaveNoOutputFile)
+{
+	write("broken.xml", "<doc><item>text</item>" + std::string(5000, ' ') + "<unclosed></doc>");
+	write("good.xml", "<doc><item>text</item></doc>");
+	const std::vector<std::string> before = folderContent();
+
+	for (const char* command: {"encode", "convert"})
+	{
+		SCOPED_TRACE(command);
+		EXPECT_EQ(1, fitool({command, path("broken.xml"), "-o", path("out.fi")}).status);
+		EXPECT_EQ(before, folderContent());
+	}
+
+	// A file that exists keeps its content when the run fails.
+	write("out.fi", "old");
+	EXPECT_EQ(1, fitool({"encode", path("broken.xml"), "-o", path("out.fi")}).status);
+	EXPECT_EQ("old", fileContent(path("out.fi")));
+
+	// Writing over the input is safe: the input is read before the rename.
+	ASSERT_EQ(0, fitool({"encode", path("good.xml"), "-o", path("out.fi")}).status);
+	ASSERT_EQ(0, fitool({"decode", path("out.fi"), "-o", path("out.fi")}).status);
+	EXPECT_EQ("<doc><item>text</item></doc>\n", fileContent(path("out.fi")));
+	std::vector<std::string> after = before;
+	after.push_back("out.fi");
+	std::sort(after.begin(), after.end());
+	EXPECT_EQ(after, folderContent());
+}
+
+
+TEST_F(ToolTest, DecodedTextIsWellFormedWhereTheParserReportsNoXML)
+{
+	// The format keeps no name for the document type declaration, and the
+	// parser reports notations before the document starts: the tool places
+	// them where XML text wants them.
+	const std::string system = "image/gif";
+	const std::string publicId = "-//pub";
+	struct Case
+	{
+		const char* name;
+		std::string document;
+		std::string expected;
+	};
+	const Case CASES[] =
+	{
+		{"declaration, instruction inside and comment after it", writtenDocument([](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startDTD("", "", "root.dtd");
+				w.processingInstruction("inside", "dtd");
+				w.endDTD();
+				w.comment("after", 0, 5);
+				w.startElement("urn:x", "root", "p:root");
+				w.endElement("urn:x", "root", "p:root");
+				w.endDocument();
+			}),
+			"<?inside dtd?><!DOCTYPE p:root SYSTEM \"root.dtd\"><!--after--><p:root xmlns:p=\"urn:x\"/>\n"},
+		{"notations and entities without declaration", writtenDocument([&](FastInfosetWriter& w)
+			{
+				w.notationDecl("gif", 0, &system);
+				w.notationDecl("png", &publicId, 0);
+				w.unparsedEntityDecl("logo", 0, "logo.gif", "gif");
+				w.startDocument();
+				w.startElement("", "root", "");
+				w.endElement("", "root", "");
+				w.endDocument();
+			}),
+			"<!DOCTYPE root [<!NOTATION gif SYSTEM \"image/gif\"><!NOTATION png PUBLIC \"-//pub\">"
+			"<!ENTITY logo SYSTEM \"logo.gif\" NDATA gif>]><root/>\n"},
+		{"public identifier alone; late declaration", writtenDocument([&](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startDTD("", publicId, "");
+				w.endDTD();
+				w.startElement("", "root", "");
+				w.startDTD("", "", "late.dtd");
+				w.endDTD();
+				w.endElement("", "root", "");
+				w.endDocument();
+			}),
+			"<!DOCTYPE root><root/>\n"},
+	};
+	for (const Case& c: CASES)
+	{
+		SCOPED_TRACE(c.name);
+		const Outcome run = fitool({"decode"}, c.document);
+		EXPECT_EQ(0, run.status) << run.err;
+		EXPECT_EQ(c.expected, run.out);
+	}
+
+	// XML text needs an element; the host's writer refuses a document
+	// without one.
+	const Outcome empty = fitool({"decode"}, writtenDocument([](FastInfosetWriter& w)
+		{
+			w.startDocument();
+			w.startDTD("", "", "root.dtd");
+			w.endDTD();
+			w.endDocument();
+		}));
+	EXPECT_EQ(1, empty.status);
+	EXPECT_EQ("fitool: (standard input): XML Exception: No document element", empty.err.substr(0, 60));
+}
+
+
+TEST_F(ToolTest, ExternalVocabulariesAreLoadedUnlessRefused)
+{
+	const std::string xml = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
+	write("vocabulary.xml", xml);
+	const std::string uri = path("vocabulary.xml");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(uri, DocumentVocabulary::VOC_HASH));
+	feedXML(xml, collector);
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out, false, collector.getDocumentVocabulary());
+		writer.setExternalVocabulary(uri, collector.getDocumentVocabulary());
+		feedXML(xml, writer);
+	}
+	write("against.fi", out.str());
+
+	const Outcome decoded = fitool({"decode", path("against.fi")});
+	EXPECT_EQ(0, decoded.status) << decoded.err;
+	EXPECT_EQ("<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", decoded.out);
+	const Outcome dumped = fitool({"dump", path("against.fi")});
+	EXPECT_EQ(0, dumped.status) << dumped.err;
+	EXPECT_NE(std::string::npos, dumped.out.find("    external vocabulary: \"" + uri + "\"\n      loaded\n")) << dumped.out;
+	EXPECT_NE(std::string::npos, dumped.out.find("    text \"text\"  chunk[1]\n")) << dumped.out;
+
+	for (const char* command: {"decode", "convert", "dump"})
+	{
+		SCOPED_TRACE(command);
+		const Outcome refused = fitool({command, "--no-external-vocabularies", path("against.fi")});
+		EXPECT_EQ(1, refused.status);
+		EXPECT_NE(std::string::npos, refused.err.find(": FastInfoset Exception: External vocabulary loading is disabled: " + uri + " (at")) << refused.err;
+	}
+}
+
+
+TEST_F(ToolTest, DumpListsHeaderItemsSummaryAndTables)
+{
+	DocumentVocabulary preset(DocumentVocabulary::VOC_MAP);
+	bool found = false;
+	preset.index(DocumentVocabulary::LOCAL_NAME, "values", found);
+	std::ostringstream out;
+	{
+		FastInfosetWriter writer(out, true, preset);
+		writer.startDocument();
+		writer.startElement("", "values", "");
+		writer.encodedData(1);
+		writer.encodedData(2);
+		writer.encodedData(3);
+		writer.comment("note", 0, 4);
+		writer.characters("same");
+		writer.characters("same");
+		writer.endElement("", "values", "");
+		writer.endDocument();
+	}
+	write("typed.fi", out.str());
+	const Outcome run = fitool({"dump", path("typed.fi")});
+	ASSERT_EQ(0, run.status) << run.err;
+	const std::string total = std::to_string(out.str().size());
+	const auto row = [](const std::string& label, std::size_t width, const std::string& value, std::size_t valueWidth)
+	{
+		return "  " + label + std::string(width - label.size() + valueWidth - value.size(), ' ') + value + "\n";
+	};
+	for (const std::string& expected: std::vector<std::string>{
+		"Fast Infoset document, " + total + " octets\n",
+		"  pre-header: \"<?xml encoding='finf'?>\"\n",
+		"  optional components: initial vocabulary\n",
+		"    local names: 1 from local-name[1]: \"values\"\n",
+		"  element values  name literal → element-name[1] (local: local-name[1])\n",
+		"    data int \"1 2 3\"  literal algorithm 4 (int), not added\n",
+		"    comment \"note\"  literal UTF-8 → other-string[1]\n",
+		"    text \"same\"  literal UTF-8 → chunk[1]\n",
+		"    text \"same\"  chunk[1]\n",
+		"  end of document\n",
+		"  typed data", "1 chunk\n",
+		"  character content", "2 chunks (1 literal, 1 indexed)\n",
+		row("total", 20, total, 10),
+		row("local names", 26, "1", 8),
+		row("content character chunks", 26, "1", 8)})
+	{
+		EXPECT_NE(std::string::npos, run.out.find(expected)) << expected << "\nin\n" << run.out;
+	}
+}
+
+
+TEST_F(ToolTest, StatsHelpAndVersion)
+{
+	const std::string file = FASTINFOSET_TEST_DATA "/gschema-text.xml";
+	const Outcome stats = fitool({"stats", file, "--max-indexed-length", "8"});
+	EXPECT_EQ(0, stats.status) << stats.err;
+	for (const std::string& expected: std::vector<std::string>{"max indexed length 8", "Fast Infoset, gzip'd",
+		std::to_string(fileContent(file).size()), "encode XML to FI", "decode FI to XML"})
+	{
+		EXPECT_NE(std::string::npos, stats.out.find(expected)) << expected;
+	}
+
+	const Outcome help = fitool({"--help"});
+	EXPECT_EQ(0, help.status);
+	EXPECT_EQ(0u, help.out.find("usage: fitool COMMAND"));
+	const Outcome commandHelp = fitool({"dump", "--help"});
+	EXPECT_EQ(0, commandHelp.status);
+	EXPECT_EQ(0u, commandHelp.out.find("usage: fitool dump IN"));
+	const Outcome version = fitool({"--version"});
+	EXPECT_EQ(0, version.status);
+	EXPECT_EQ(0u, version.out.find("fitool 1."));
+}
+
+
+#else
+
+
+TEST(ToolTest, NeedsTheTool)
+{
+	GTEST_SKIP() << "fitool is not built (FASTINFOSET_BUILD_TOOLS=OFF)";
+}
+
+
+#endif // FITOOL_PATH

@@ -1,0 +1,83 @@
+//
+// CommandLine.h
+//
+// Tool: fitool
+// Module: CommandLine
+//
+
+
+#ifndef Fitool_CommandLine_INCLUDED
+#define Fitool_CommandLine_INCLUDED
+
+
+#include "Transcoder.h"
+#include "Poco/Util/OptionException.h"
+#include <iosfwd>
+#include <string>
+#include <vector>
+
+
+namespace Fitool {
+
+
+POCO_DECLARE_EXCEPTION(, UsageException, Poco::Util::OptionException)
+	/// Bad usage that is not about one option: an unknown command, a
+	/// missing or extra input.
+
+
+class CommandLine
+	/// The arguments of one fitool run: a command, its options (parsed with
+	/// the host's option processor, Unix style: "--name value", "--name=value",
+	/// "-o value") and its input.
+{
+public:
+	enum Command
+	{
+		NONE,
+		ENCODE,
+		DECODE,
+		CONVERT,
+		DUMP,
+		STATS
+	};
+
+	explicit CommandLine(const std::vector<std::string>& arguments);
+		/// Throws Poco::Util::OptionException or UsageException for bad
+		/// usage.
+
+	Command command() const;
+	bool help() const;
+	bool version() const;
+
+	const std::string& input() const;
+		/// "-" (standard input) unless given.
+
+	const std::string& output() const;
+		/// Empty (standard output) unless given.
+
+	const Transcoder::EncodeOptions& encodeOptions() const;
+	const Transcoder::DecodeOptions& decodeOptions() const;
+
+	static void printHelp(std::ostream& out, Command command);
+		/// The usage of fitool (NONE) or of one command.
+
+	static std::string commandName(Command command);
+
+private:
+	std::vector<std::string>::const_iterator readCommand(const std::vector<std::string>& arguments);
+	void readOption(const std::string& name, const std::string& value);
+
+	Command                   _command;
+	bool                      _help;
+	bool                      _version;
+	std::string               _input;
+	std::string               _output;
+	Transcoder::EncodeOptions _encodeOptions;
+	Transcoder::DecodeOptions _decodeOptions;
+};
+
+
+} // namespace Fitool
+
+
+#endif // Fitool_CommandLine_INCLUDED

@@ -1,0 +1,65 @@
+//
+// Transcoder.h
+//
+// Tool: fitool
+// Module: Transcoder
+//
+
+
+#ifndef Fitool_Transcoder_INCLUDED
+#define Fitool_Transcoder_INCLUDED
+
+
+#include <cstddef>
+#include <iosfwd>
+
+
+namespace Fitool {
+
+
+class Transcoder
+	/// The two conversions of fitool, between streams.
+{
+public:
+	struct EncodeOptions
+	{
+		bool stripWhitespace = false;
+			/// Drop ignorable whitespace (the host's WhitespaceFilter).
+		int maxIndexedLength = 16;
+			/// Strings of at most this many octets enter the vocabulary.
+		bool xmlDeclaration = false;
+			/// Start the document with "<?xml encoding='finf'?>".
+	};
+
+	struct DecodeOptions
+	{
+		bool pretty = false;
+			/// Indent the XML text.
+		bool declaration = false;
+			/// Start the XML text with an XML declaration.
+		bool loadExternalVocabularies = true;
+			/// Open the external vocabularies that documents name.
+	};
+
+	static void encode(std::istream& xml, std::ostream& fi, const EncodeOptions& options);
+		/// Reads XML text and writes Fast Infoset with map tables. Throws
+		/// the host parser's exceptions (Ixor::XML::SAXParseException for
+		/// text that is not well-formed) and the writer's; a document type
+		/// declaration with notations or unparsed entities raises
+		/// FISException (see EncodingWriter).
+
+	static void decode(std::istream& fi, std::ostream& xml, const DecodeOptions& options);
+	static void decode(const char* data, std::size_t size, std::ostream& xml, const DecodeOptions& options);
+		/// Reads Fast Infoset and prints well-formed XML text through
+		/// DoctypeAdapter, ending with a line break. Throws the exceptions of
+		/// FastInfosetParser.
+
+private:
+	Transcoder() = delete;
+};
+
+
+} // namespace Fitool
+
+
+#endif // Fitool_Transcoder_INCLUDED
