@@ -27,6 +27,31 @@ namespace
 {
 	const int MAX_EXTERNAL_VOCABULARY_NESTING = 8;
 	thread_local bool externalLoadingAllowed = true;
+
+	DocumentVocabulary withVectorTables(const DocumentVocabulary& source)
+	{
+		DocumentVocabulary result(DocumentVocabulary::VOC_VECTOR);
+		bool found = false;
+		for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		{
+			const DocumentVocabulary::ID table = static_cast<DocumentVocabulary::ID>(id);
+			const std::size_t size = source.vocabulary(table)->size();
+			for (std::size_t i = result.vocabulary(table)->size(); i < size; ++i)
+			{
+				result.index(table, source.value(table, static_cast<unsigned int>(i)), found);
+			}
+		}
+		for (std::size_t i = 1; i < source.elementVocabulary()->size(); ++i)
+		{
+			result.elementVocabulary()->index(source.elementVocabulary()->value(static_cast<unsigned int>(i)), found);
+		}
+		for (std::size_t i = 1; i < source.attributeVocabulary()->size(); ++i)
+		{
+			result.attributeVocabulary()->index(source.attributeVocabulary()->value(static_cast<unsigned int>(i)), found);
+		}
+		result.restrictedAlphabets() = source.restrictedAlphabets();
+		return result;
+	}
 	const char* const INVALID_HEADER = "Not a valid Fast Infoset document (invalid header)";
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
 }
@@ -438,7 +463,7 @@ void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabul
 	if (Ixor::Path(path).getExtension() == "xml")
 	{
 		Ixor::NullOutputStream nowhere;
-		FastInfosetWriter writer(nowhere);
+		FastInfosetWriter writer(nowhere, false, DocumentVocabulary::VOC_MAP);
 		Ixor::XML::SAXParser parser;
 		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACES, true);
 		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
@@ -446,7 +471,11 @@ void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabul
 		parser.setDTDHandler(&writer);
 		parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
 		parser.parse(&source);
-		vocabulary = writer.getDocumentVocabulary();
+		// The writer's tables are hash tables of fixed capacity that find old
+		// values again; the reader needs tables that give every literal of a
+		// document its own index and take any number of them. Entries are
+		// copied in index order, so they keep their indexes.
+		vocabulary = withVectorTables(writer.getDocumentVocabulary());
 	}
 	else
 	{

@@ -361,6 +361,7 @@ struct ExternalVocabularyFiles
 		Ixor::XML::SAXParser parser;
 		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
 		parser.setContentHandler(&writer);
+		parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
 		std::istringstream in(xml);
 		Ixor::XML::InputSource source(in);
 		parser.parse(&source);
@@ -445,6 +446,17 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
 		parser.parseMemoryNP(document.data(), document.size());
 		EXPECT_EQ(expected, recorder.text());
 	}
+
+	// A vocabulary document as XML may hold any number of strings: it is not
+	// limited by the capacities of a writer's hash tables.
+	std::string manyComments = "<v>";
+	for (int i = 0; i < 40; ++i) manyComments += "<!--c" + std::to_string(i) + "-->";
+	files.write("comments.xml", manyComments + "</v>");
+	Poco::NullOutputStream ignored;
+	FastInfosetWriter commentsCollector(ignored, false, DocumentVocabulary::VOC_MAP);
+	ExternalVocabularyFiles::feedXML(manyComments + "</v>", commentsCollector);
+	const std::string commentsDocument = documentAgainst(commentsCollector.getDocumentVocabulary(), files.path("comments.xml"));
+	EXPECT_EQ(std::string::npos, events(commentsDocument).find("! "));
 
 	// A vocabulary document that names itself ends in an exception, not in
 	// endless recursion.
