@@ -771,6 +771,9 @@ void checkListReuse(const std::vector<T>& values)
 	SCOPED_TRACE(typeid(E).name());
 	Ixor::AutoPtr<E> pFresh(new E(values));
 	pFresh->createContent();
+	// The base's type information is the library's, visible to its users.
+	Encoding* pValue = pFresh.get();
+	EXPECT_EQ(pFresh.get(), (dynamic_cast<ValueListEncoding<E, T>*>(pValue)));
 	Ixor::AutoPtr<E> pReused(new E(T(values.back())));
 	pReused->append(values.front());
 	pReused->createContent();
@@ -811,6 +814,8 @@ void checkOctetReuse(const char* text, const char* octets)
 {
 	SCOPED_TRACE(typeid(E).name());
 	Ixor::AutoPtr<E> pValue(new E("\x01", 1));
+	Encoding* pBase = pValue.get();
+	EXPECT_EQ(pValue.get(), dynamic_cast<OctetEncoding<E>*>(pBase));
 	pValue->append("\xab\xcd", 2);
 	pValue->append(nullptr, 0);
 	EXPECT_EQ(text, textOf(*pValue));

@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class BoolEncoding;
+class FastInfoset_API BoolEncoding;
 extern template class ValueListEncoding<BoolEncoding, bool>;
 
 

@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class DWordEncoding;
+class FastInfoset_API DWordEncoding;
 extern template class OctetEncoding<DWordEncoding>;
 
 

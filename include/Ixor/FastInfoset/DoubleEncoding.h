@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class DoubleEncoding;
+class FastInfoset_API DoubleEncoding;
 extern template class ValueListEncoding<DoubleEncoding, double>;
 
 

@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class FloatEncoding;
+class FastInfoset_API FloatEncoding;
 extern template class ValueListEncoding<FloatEncoding, float>;
 
 

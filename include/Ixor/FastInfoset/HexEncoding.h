@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class HexEncoding;
+class FastInfoset_API HexEncoding;
 extern template class OctetEncoding<HexEncoding>;
 
 

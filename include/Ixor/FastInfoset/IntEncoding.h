@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class IntEncoding;
+class FastInfoset_API IntEncoding;
 extern template class ValueListEncoding<IntEncoding, int>;
 
 

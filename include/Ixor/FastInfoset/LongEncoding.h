@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class LongEncoding;
+class FastInfoset_API LongEncoding;
 extern template class ValueListEncoding<LongEncoding, long>;
 
 

@@ -25,6 +25,11 @@ struct OctetTraits;
 	/// What an octet class E adds to OctetEncoding: its algorithm index,
 	/// its messages and the host codec of its text form. Specialized in the
 	/// source file of E; not for use outside the library.
+	///
+	/// The header of E declares E with FastInfoset_API before it names
+	/// OctetEncoding for E, which the library instantiates once (extern
+	/// template): the base's vtable and type information are then exported
+	/// with E.
 
 
 template <class E>

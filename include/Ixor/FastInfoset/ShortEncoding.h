@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class ShortEncoding;
+class FastInfoset_API ShortEncoding;
 extern template class ValueListEncoding<ShortEncoding, short>;
 
 

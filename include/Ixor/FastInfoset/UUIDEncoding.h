@@ -20,7 +20,7 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class UUIDEncoding;
+class FastInfoset_API UUIDEncoding;
 extern template class ValueListEncoding<UUIDEncoding, Ixor::UUID>;
 
 

@@ -25,6 +25,11 @@ struct ValueListTraits;
 	/// What a list class E adds to ValueListEncoding: its algorithm index,
 	/// its messages, its text rule and its octet layout. Specialized in the
 	/// source file of E; not for use outside the library.
+	///
+	/// The header of E declares E with FastInfoset_API before it names
+	/// ValueListEncoding for E, which the library instantiates once
+	/// (extern template): the base's vtable and type information are then
+	/// exported with E.
 
 
 template <class E, class T>
