@@ -1,114 +1,76 @@
 #include "Ixor/FastInfoset/BoolEncoding.h"
-#include "Ixor/FastInfoset/FISContentHandler.h"
-#include "EncodingSupport.h"
+#include "ValueListEncodingImpl.h"
 
 
 namespace Ixor {
 namespace FastInfoset {
 
 
-namespace
+template <>
+struct ValueListTraits<BoolEncoding>
+	/// A boolean string: the 4-bit count of unused bits, then one bit per
+	/// value from bit 4 of the first octet on.
 {
-	const char* const EMPTY_DATA   = "Illegal (empty) data for BoolEncoding";
-	const char* const VALUE_STRING = "Illegal value string for BoolEncoding";
-	const char* const UNUSED_COUNT = "Illegal unused bit count for boolean value";
+	static constexpr unsigned int TYPE = 6;
+	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for BoolEncoding";
+	static constexpr const char* VALUE_STRING = "Illegal value string for BoolEncoding";
+	static constexpr const char* SIZE_ENTRY   = "Illegal unused bit count for boolean value";
 
+	// Every length holds whole octets of bits; countOf() checks the count.
+	static constexpr std::size_t WIDTH = 1;
+	static constexpr std::size_t TEXT_PER_VALUE = 6;
 
-	std::size_t readBooleans(BitStreamReader& reader, std::string& scratch, const unsigned char*& p)
-		/// Reads one boolean string; returns the number of values, whose
-		/// bits start at bit 4 of p[0].
+	typedef FISEncodingException TextSizeException;
+
+	static std::size_t countOf(const unsigned char* p, std::size_t length)
 	{
-		unsigned long length = 0;
-		Decoder::nonEmptyStringLength(reader, length);
-		p = EncodingSupport::readOctets(reader, length, scratch);
-		const std::size_t bits = static_cast<std::size_t>(length)*8;
+		const std::size_t bits = length*8;
 		const std::size_t unused = p[0] >> 4;
 		// A count beyond what the octets hold would take bits from outside
 		// the string.
-		if (unused + 4 > bits) throw FISEncodingException(UNUSED_COUNT);
+		if (unused + 4 > bits) throw FISEncodingException(SIZE_ENTRY);
 		return bits - unused - 4;
 	}
 
-
-	inline bool bitAt(const unsigned char* p, std::size_t i)
-		/// Value i of a boolean string.
+	static bool bitAt(const unsigned char* p, std::size_t i)
 	{
 		const std::size_t bit = i + 4;
 		return (p[bit >> 3] & Utility::revertedPow2[bit & 7]) != 0;
 	}
-}
 
-
-const std::string BoolEncoding::VAL_TRUE("true");
-const std::string BoolEncoding::VAL_FALSE("false");
-
-
-BoolEncoding::BoolEncoding():
-	_values()
-{
-}
-
-
-BoolEncoding::BoolEncoding(bool value):
-	_values(1, value)
-{
-}
-
-
-BoolEncoding::BoolEncoding(const std::vector<bool>& values):
-	_values(values)
-{
-	if (_values.empty()) throw FISEncodingException(EMPTY_DATA);
-}
-
-
-BoolEncoding::BoolEncoding(const std::string& text)
-{
-	if (text.empty()) throw FISEncodingException(EMPTY_DATA);
-	parse(text, _values);
-	if (_values.empty()) throw FISEncodingException(VALUE_STRING);
-}
-
-
-BoolEncoding::~BoolEncoding()
-{
-}
-
-
-void BoolEncoding::parse(const std::string& text, std::vector<bool>& values)
-{
-	EncodingSupport::parseList(text, values, [](const std::string& piece, std::string&, bool& value)
+	static void load(const unsigned char* p, std::size_t i, std::vector<bool>::reference value)
 	{
-		if (piece == VAL_TRUE) value = true;
-		else if (piece == VAL_FALSE) value = false;
+		value = bitAt(p, i);
+	}
+
+	static void appendTextAt(std::string& text, const unsigned char* p, std::size_t i)
+	{
+		appendText(text, bitAt(p, i));
+	}
+
+	static void writeValues(BitStreamWriter& writer, const std::vector<bool>& values);
+
+	static std::size_t octetsFor(std::size_t count)
+	{
+		return (count + 7)/8;
+	}
+
+	static bool parseValue(const std::string& piece, std::string&, bool& value)
+	{
+		if (piece == BoolEncoding::VAL_TRUE) value = true;
+		else if (piece == BoolEncoding::VAL_FALSE) value = false;
 		else return false;
 		return true;
-	});
-}
+	}
+
+	static void appendText(std::string& text, bool value)
+	{
+		text += value ? BoolEncoding::VAL_TRUE : BoolEncoding::VAL_FALSE;
+	}
+};
 
 
-unsigned int BoolEncoding::type() const
-{
-	return 6;
-}
-
-
-bool BoolEncoding::merge(const Encoding& other)
-{
-	const BoolEncoding* pOther = other.type() == type() ? dynamic_cast<const BoolEncoding*>(&other) : nullptr;
-	if (!pOther) return false;
-	EncodingSupport::appendCopy(_values, pOther->_values);
-	return true;
-}
-
-
-void BoolEncoding::write(BitStreamWriter& writer) const
-{
-	writeValues(writer, _values);
-}
-
-
-void BoolEncoding::writeValues(BitStreamWriter& writer, const std::vector<bool>& values)
+void ValueListTraits<BoolEncoding>::writeValues(BitStreamWriter& writer, const std::vector<bool>& values)
 {
 	const std::size_t count = values.size();
 	Encoder::nonEmptyStringLength(writer, (count + 4 + 7)/8);
@@ -141,95 +103,38 @@ void BoolEncoding::writeValues(BitStreamWriter& writer, const std::vector<bool>&
 }
 
 
-void BoolEncoding::decode(BitStreamReader& reader, std::string& text)
+template class ValueListEncoding<BoolEncoding, bool>;
+
+
+const std::string BoolEncoding::VAL_TRUE("true");
+const std::string BoolEncoding::VAL_FALSE("false");
+
+
+BoolEncoding::BoolEncoding()
 {
-	text.clear();
-	std::string scratch;
-	const unsigned char* p = nullptr;
-	const std::size_t count = readBooleans(reader, scratch, p);
-	text.reserve(count*6);
-	for (std::size_t i = 0; i < count; ++i)
-	{
-		if (i) text += ' ';
-		text += bitAt(p, i) ? VAL_TRUE : VAL_FALSE;
-	}
 }
 
 
-void BoolEncoding::decode(BitStreamReader& reader, std::vector<bool>& values)
+BoolEncoding::BoolEncoding(bool value):
+	ValueListEncoding(value)
 {
-	values.clear();
-	std::string scratch;
-	const unsigned char* p = nullptr;
-	const std::size_t count = readBooleans(reader, scratch, p);
-	values.resize(count);
-	for (std::size_t i = 0; i < count; ++i) values[i] = bitAt(p, i);
 }
 
 
-Ixor::AutoPtr<Encoding> BoolEncoding::decode(BitStreamReader& reader)
+BoolEncoding::BoolEncoding(const std::vector<bool>& values):
+	ValueListEncoding(values)
 {
-	Ixor::AutoPtr<BoolEncoding> pEncoding(new BoolEncoding);
-	decode(reader, pEncoding->_values);
-	// As building the value from an empty vector would.
-	if (pEncoding->_values.empty()) throw FISEncodingException(EMPTY_DATA);
-	pEncoding->createContent();
-	return pEncoding;
 }
 
 
-Int32 BoolEncoding::check(const std::string& text)
+BoolEncoding::BoolEncoding(const std::string& text):
+	ValueListEncoding(text)
 {
-	std::vector<bool> values;
-	parse(text, values);
-	return EncodingSupport::octetCount((values.size() + 7)/8);
 }
 
 
-void BoolEncoding::encode(BitStreamWriter& writer, const std::string& text)
+BoolEncoding::~BoolEncoding()
 {
-	// As BoolEncoding(text).write(writer), without the heap object.
-	if (text.empty()) throw FISEncodingException(EMPTY_DATA);
-	std::vector<bool> values;
-	parse(text, values);
-	if (values.empty()) throw FISEncodingException(VALUE_STRING);
-	writeValues(writer, values);
-}
-
-
-DecodeMethod BoolEncoding::decodeMethod() const
-{
-	return &BoolEncoding::decode;
-}
-
-
-CheckMethod BoolEncoding::checkMethod() const
-{
-	return &BoolEncoding::check;
-}
-
-
-EncodeMethod BoolEncoding::encodeMethod() const
-{
-	return &BoolEncoding::encode;
-}
-
-
-void BoolEncoding::handle(FISContentHandler* pHandler) const
-{
-	if (!pHandler) return;
-	for (bool value: _values) pHandler->encodedData(value);
-}
-
-
-void BoolEncoding::createContent()
-{
-	_content.clear();
-	for (std::size_t i = 0; i < _values.size(); ++i)
-	{
-		if (i) _content += ' ';
-		_content += _values[i] ? VAL_TRUE : VAL_FALSE;
-	}
 }
 
 

@@ -1,66 +1,42 @@
 #include "Ixor/FastInfoset/DWordEncoding.h"
-#include "Ixor/FastInfoset/FISContentHandler.h"
-#include "EncodingSupport.h"
+#include "OctetEncodingImpl.h"
 #include "Poco/Base64Decoder.h"
 #include "Poco/Base64Encoder.h"
-#include "Poco/MemoryStream.h"
-#include "Poco/SAX/ContentHandler.h"
-#include <ostream>
 
 
 namespace Ixor {
 namespace FastInfoset {
 
 
-namespace
+template <>
+struct OctetTraits<DWordEncoding>
 {
-	const char* const ZERO_LENGTH  = "Zero-length data for dword encoding";
-	const char* const INVALID_DATA = "Invalid base64-encoded data";
+	static constexpr unsigned int TYPE = 2;
+	static constexpr const char* ZERO_LENGTH  = "Zero-length data for dword encoding";
+	static constexpr const char* INVALID_DATA = "Invalid base64-encoded data";
 
+	typedef Ixor::Base64Decoder TextDecoder;
+	typedef Ixor::Base64Encoder TextEncoder;
 
-	bool decodeText(const std::string& text, std::string* pOctets, std::size_t& count)
-		/// Runs the host decoder over text, storing the octets when pOctets
-		/// is given. Returns false when the decoder stops on a character it
-		/// refuses (including an incomplete last group).
+	static void setUp(TextEncoder& encoder)
 	{
-		Ixor::MemoryInputStream in(text.data(), static_cast<std::streamsize>(text.size()));
-		Ixor::Base64Decoder decoder(in);
-		// Four characters give at most three octets, so asking for one more
-		// octet than the text can hold makes every read end at the decoder's
-		// end or error.
-		const std::size_t capacity = (text.size() + 3)/4*3 + 1;
-		count = 0;
-		if (pOctets)
-		{
-			pOctets->resize(capacity);
-			decoder.read(&(*pOctets)[0], static_cast<std::streamsize>(capacity));
-			count = static_cast<std::size_t>(decoder.gcount());
-			pOctets->resize(count);
-		}
-		else
-		{
-			char buffer[1024];
-			do
-			{
-				decoder.read(buffer, sizeof(buffer));
-				count += static_cast<std::size_t>(decoder.gcount());
-			}
-			while (decoder.good());
-		}
-		return !decoder.bad();
-	}
-
-
-	void appendText(const char* pOctets, std::size_t length, std::string& text)
-	{
-		EncodingSupport::StringAppendBuf buf(text);
-		std::ostream out(&buf);
-		Ixor::Base64Encoder encoder(out);
 		encoder.rdbuf()->setLineLength(0);
-		encoder.write(pOctets, static_cast<std::streamsize>(length));
-		encoder.close();
 	}
-}
+
+	static std::size_t maxOctets(std::size_t length)
+	{
+		// Four characters give at most three octets.
+		return (length + 3)/4*3;
+	}
+
+	static std::size_t textLength(std::size_t count)
+	{
+		return (count + 2)/3*4;
+	}
+};
+
+
+template class OctetEncoding<DWordEncoding>;
 
 
 DWordEncoding::DWordEncoding()
@@ -69,133 +45,18 @@ DWordEncoding::DWordEncoding()
 
 
 DWordEncoding::DWordEncoding(const char* data, std::size_t length):
-	Encoding(data, data ? length : 0)
+	OctetEncoding(data, length)
 {
-	if (_content.empty()) throw FISEncodingException(ZERO_LENGTH);
 }
 
 
-DWordEncoding::DWordEncoding(const std::string& text)
+DWordEncoding::DWordEncoding(const std::string& text):
+	OctetEncoding(text)
 {
-	if (text.empty()) throw FISEncodingException(ZERO_LENGTH);
-	std::size_t count = 0;
-	if (!decodeText(text, &_content, count)) throw FISEncodingException(INVALID_DATA);
-	// White space alone decodes to nothing; such an object could not be
-	// written, so it is refused here like empty data.
-	if (_content.empty()) throw FISEncodingException(ZERO_LENGTH);
 }
 
 
 DWordEncoding::~DWordEncoding()
-{
-}
-
-
-unsigned int DWordEncoding::type() const
-{
-	return 2;
-}
-
-
-bool DWordEncoding::merge(const Encoding& other)
-{
-	if (other.type() != type()) return false;
-	_content.append(other.content());
-	return true;
-}
-
-
-void DWordEncoding::write(BitStreamWriter& writer) const
-{
-	poco_assert(!_content.empty());
-	Encoder::nonEmptyOctetString(writer, _content);
-}
-
-
-void DWordEncoding::decode(BitStreamReader& reader, std::string& text)
-{
-	text.clear();
-	unsigned long length = 0;
-	Decoder::nonEmptyStringLength(reader, length);
-	std::string scratch;
-	const unsigned char* p = EncodingSupport::readOctets(reader, length, scratch);
-	text.reserve((length + 2)/3*4);
-	appendText(reinterpret_cast<const char*>(p), length, text);
-}
-
-
-void DWordEncoding::decode(const std::string& octets, std::string& text)
-{
-	if (&octets == &text)
-	{
-		const std::string copy(octets);
-		decode(copy, text);
-		return;
-	}
-	text.clear();
-	text.reserve((octets.size() + 2)/3*4);
-	appendText(octets.data(), octets.size(), text);
-}
-
-
-Ixor::AutoPtr<Encoding> DWordEncoding::decode(BitStreamReader& reader)
-{
-	Ixor::AutoPtr<DWordEncoding> pEncoding(new DWordEncoding);
-	Decoder::nonEmptyOctetString(reader, pEncoding->_content);
-	return pEncoding;
-}
-
-
-Int32 DWordEncoding::check(const std::string& text)
-{
-	if (text.empty()) return -1;
-	std::size_t count = 0;
-	if (!decodeText(text, nullptr, count)) return -1;
-	return EncodingSupport::octetCount(count);
-}
-
-
-void DWordEncoding::encode(BitStreamWriter& writer, const std::string& text)
-{
-	Ixor::AutoPtr<DWordEncoding> pEncoding(new DWordEncoding(text));
-	pEncoding->write(writer);
-}
-
-
-DecodeMethod DWordEncoding::decodeMethod() const
-{
-	return &DWordEncoding::decode;
-}
-
-
-CheckMethod DWordEncoding::checkMethod() const
-{
-	return &DWordEncoding::check;
-}
-
-
-EncodeMethod DWordEncoding::encodeMethod() const
-{
-	return &DWordEncoding::encode;
-}
-
-
-void DWordEncoding::handle(Ixor::XML::ContentHandler* pHandler) const
-{
-	if (!pHandler) return;
-	std::string text;
-	decode(_content, text);
-	pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
-}
-
-
-void DWordEncoding::handle(FISContentHandler* pHandler) const
-{
-	if (pHandler) pHandler->binaryData(_content.data(), _content.size());
-}
-
-
-void DWordEncoding::createContent()
 {
 }
 

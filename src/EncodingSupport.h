@@ -6,8 +6,8 @@
 //
 // Helpers shared by the sources of the encoding classes: reading the
 // octets of a value string, converting fixed-width values from and to
-// big-endian octets, splitting value lists and collecting text. Internal:
-// this header is not installed.
+// big-endian octets, splitting and parsing value lists and collecting
+// text. Internal: this header is not installed.
 //
 
 
@@ -22,6 +22,8 @@
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Poco/ByteOrder.h"
+#include "Poco/NumberFormatter.h"
+#include "Poco/NumberParser.h"
 #include "Poco/StringTokenizer.h"
 #include <algorithm>
 #include <cstddef>
@@ -29,6 +31,7 @@
 #include <limits>
 #include <streambuf>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 
@@ -69,26 +72,6 @@ std::size_t readValueLength(BitStreamReader& reader, std::size_t width, const ch
 	Decoder::nonEmptyStringLength(reader, length);
 	if (length % width != 0) throw E(sizeMessage);
 	return length;
-}
-
-
-template <class T>
-void appendFromBigEndian(const unsigned char* p, std::size_t count, std::vector<T>& values)
-	/// Appends count values of sizeof(T) big-endian octets each; integers
-	/// are two's complement, floats IEEE 754, so the bits copy unchanged.
-	/// The caller has checked the size.
-{
-	typedef typename Bits<sizeof(T)>::Type UInt;
-	const std::size_t first = values.size();
-	values.resize(first + count);
-	T* pOut = values.data() + first;
-	for (const unsigned char* const pEnd = p + count*sizeof(T); p != pEnd; p += sizeof(T))
-	{
-		UInt bits;
-		std::memcpy(&bits, p, sizeof(T));
-		bits = Poco::ByteOrder::fromBigEndian(bits);
-		std::memcpy(pOut++, &bits, sizeof(T));
-	}
 }
 
 
@@ -152,6 +135,48 @@ void parseList(const std::string& text, std::vector<T>& values, Convert convert)
 		}
 		values.push_back(value);
 	}
+}
+
+
+template <class T>
+typename std::enable_if<std::is_integral<T>::value, bool>::type
+parseNumber(const std::string& piece, std::string& canonical, T& value)
+	/// A canonical decimal of a value of T: no plus sign, no leading zeros,
+	/// no minus zero, no white space. Only such text comes back unchanged
+	/// from the formatter.
+{
+	Int64 parsed = 0;
+	if (!piece.empty() && piece[0] == '-')
+	{
+		// The host's signed parser negates through a double and so loses
+		// the low digits of values below -2^53; the magnitude is parsed
+		// unsigned instead. The round trip below still admits only
+		// canonical text.
+		canonical.assign(piece, 1, std::string::npos);
+		UInt64 magnitude = 0;
+		const UInt64 limit = UInt64(1) << 63;
+		if (!Ixor::NumberParser::tryParseUnsigned64(canonical, magnitude) || magnitude > limit) return false;
+		parsed = magnitude == limit ? std::numeric_limits<Int64>::min() : -static_cast<Int64>(magnitude);
+	}
+	else if (!Ixor::NumberParser::tryParse64(piece, parsed)) return false;
+	canonical.clear();
+	Ixor::NumberFormatter::append(canonical, parsed);
+	if (canonical != piece) return false;
+	if (parsed < std::numeric_limits<T>::min() || parsed > std::numeric_limits<T>::max()) return false;
+	value = static_cast<T>(parsed);
+	return true;
+}
+
+
+inline bool parseNumber(const std::string& piece, std::string& canonical, double& value)
+	/// A number given back unchanged by the double formatter, which is the
+	/// one the text of a double is written with: every text produced is
+	/// accepted again.
+{
+	if (!Ixor::NumberParser::tryParseFloat(piece, value)) return false;
+	canonical.clear();
+	Ixor::NumberFormatter::append(canonical, value);
+	return canonical == piece;
 }
 
 

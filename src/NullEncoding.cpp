@@ -110,11 +110,8 @@ EncodeMethod NullEncoding::encodeMethod() const
 
 void NullEncoding::handle(FISContentHandler* pHandler) const
 {
-	if (pHandler)
-	{
-		const std::string& text = content();
-		pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
-	}
+	// A plain string is character data for every handler.
+	Encoding::handle(static_cast<Ixor::XML::ContentHandler*>(pHandler));
 }
 
 

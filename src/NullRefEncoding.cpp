@@ -40,21 +40,13 @@ void NullRefEncoding::write(BitStreamWriter& writer) const
 
 void NullRefEncoding::handle(Ixor::XML::ContentHandler* pHandler) const
 {
-	if (pHandler)
-	{
-		const std::string& text = content();
-		pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
-	}
+	Encoding::handle(pHandler);
 }
 
 
 void NullRefEncoding::handle(FISContentHandler* pHandler) const
 {
-	if (pHandler)
-	{
-		const std::string& text = content();
-		pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
-	}
+	NullEncoding::handle(pHandler);
 }
 
 

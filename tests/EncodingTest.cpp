@@ -743,3 +743,94 @@ TEST(EncodingTest, Base64TextHasNoLineBreaks)
 	EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
 	EXPECT_EQ("binary " + toHex(data), typedOf(*pValue));
 }
+
+
+//
+// Reuse by the writer
+//
+TEST(EncodingTest, AValueNamesTheFunctionsOfItsAlgorithm)
+{
+	for (const RoundTripCase& c: ROUND_TRIP_CASES)
+	{
+		SCOPED_TRACE(testing::Message() << c.index << " '" << c.text << "'");
+		const std::string octets = written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
+		Source source(octets, false);
+		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
+		EXPECT_EQ(ALGORITHMS[c.index].check, pValue->checkMethod());
+		EXPECT_EQ(octets, written([&](BitStreamWriter& w) { pValue->encodeMethod()(w, c.text); }));
+		Source again(octets, false);
+		EXPECT_EQ(c.textBack, textOf(*pValue->decodeMethod()(again.reader())));
+	}
+}
+
+
+template <class E, class T>
+void checkListReuse(const std::vector<T>& values)
+	/// A list cleared and refilled value by value is the list of values.
+{
+	SCOPED_TRACE(typeid(E).name());
+	Ixor::AutoPtr<E> pFresh(new E(values));
+	pFresh->createContent();
+	// The base's type information is the library's, visible to its users.
+	Encoding* pValue = pFresh.get();
+	EXPECT_EQ(pFresh.get(), (dynamic_cast<ValueListEncoding<E, T>*>(pValue)));
+	Ixor::AutoPtr<E> pReused(new E(T(values.back())));
+	pReused->append(values.front());
+	pReused->createContent();
+	pReused->clear();
+	EXPECT_EQ("", pReused->content());
+	EXPECT_EQ("", typedOf(*pReused));
+	EXPECT_THAT(messageOf<Ixor::AssertionViolationException>([&] { written([&](BitStreamWriter& w) { pReused->write(w); }); }),
+		HasSubstr("!_values.empty()"));
+
+	for (const T& value: values) pReused->append(value);
+	pReused->createContent();
+	EXPECT_EQ(pFresh->content(), pReused->content());
+	EXPECT_EQ(typedOf(*pFresh), typedOf(*pReused));
+	EXPECT_EQ(toHex(written([&](BitStreamWriter& w) { pFresh->write(w); })),
+		toHex(written([&](BitStreamWriter& w) { pReused->write(w); })));
+	EXPECT_TRUE(pReused->merge(*pFresh));
+	pReused->createContent();
+	EXPECT_EQ(pFresh->content() + " " + pFresh->content(), pReused->content());
+}
+
+
+TEST(EncodingTest, ListsAppendInPlaceAndClearForReuse)
+{
+	checkListReuse<ShortEncoding>(std::vector<short>{-32768, 0, 32767});
+	checkListReuse<IntEncoding>(std::vector<int>{7, -2147483647 - 1});
+	checkListReuse<LongEncoding>(std::vector<long>{-1, 9223372036854775807L});
+	checkListReuse<BoolEncoding>(std::vector<bool>{true, false, false, true, true});
+	checkListReuse<FloatEncoding>(std::vector<float>{1.5f, -0.0f});
+	checkListReuse<DoubleEncoding>(std::vector<double>{5e-324, 2.5});
+	checkListReuse<UUIDEncoding>(std::vector<Ixor::UUID>{Ixor::UUID("6ba7b810-9dad-11d1-80b4-00c04fd430c8"), Ixor::UUID()});
+}
+
+
+template <class E>
+void checkOctetReuse(const char* text, const char* octets)
+	/// "\x01" appended with "\xab\xcd" gives text; cleared and given "\x02"
+	/// it writes octets.
+{
+	SCOPED_TRACE(typeid(E).name());
+	Ixor::AutoPtr<E> pValue(new E("\x01", 1));
+	Encoding* pBase = pValue.get();
+	EXPECT_EQ(pValue.get(), dynamic_cast<OctetEncoding<E>*>(pBase));
+	pValue->append("\xab\xcd", 2);
+	pValue->append(nullptr, 0);
+	EXPECT_EQ(text, textOf(*pValue));
+	EXPECT_EQ("binary 01abcd", typedOf(*pValue));
+	pValue->clear();
+	EXPECT_EQ("", pValue->content());
+	EXPECT_THAT(messageOf<Ixor::AssertionViolationException>([&] { written([&](BitStreamWriter& w) { pValue->write(w); }); }),
+		HasSubstr("!_content.empty()"));
+	pValue->append("\x02", 1);
+	EXPECT_EQ(toHex(fromHex(octets)), toHex(written([&](BitStreamWriter& w) { pValue->write(w); })));
+}
+
+
+TEST(EncodingTest, BinaryDataAppendsInPlaceAndClearsForReuse)
+{
+	checkOctetReuse<HexEncoding>("01ABCD", "00 02");
+	checkOctetReuse<DWordEncoding>("AavN", "00 02");
+}

@@ -11,7 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Encoding.h"
+#include "Ixor/FastInfoset/ValueListEncoding.h"
 #include <string>
 #include <vector>
 
@@ -20,11 +20,19 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class FastInfoset_API DoubleEncoding: public Encoding
+class FastInfoset_API DoubleEncoding;
+extern template class ValueListEncoding<DoubleEncoding, double>;
+
+
+class FastInfoset_API DoubleEncoding: public ValueListEncoding<DoubleEncoding, double>
 	/// A list of IEEE 754 double-precision floats (algorithm 8), written as
 	/// 64-bit big-endian values. The text form is the values separated by
-	/// single spaces, each as the double formatter writes it; it is built by
-	/// createContent().
+	/// single spaces, each as the double formatter writes it; parse()
+	/// accepts exactly the texts that the formatter gives back unchanged.
+	///
+	/// Its messages are "Illegal (empty) data for DoubleEncoding", "Illegal value
+	/// string for DoubleEncoding" and, for a length that is not a multiple of 8,
+	/// "Illegal size entry for double value".
 {
 public:
 	typedef Ixor::AutoPtr<DoubleEncoding> Ptr;
@@ -40,61 +48,13 @@ public:
 		/// DoubleEncoding" for an empty text and "Illegal value string for
 		/// DoubleEncoding" for a text that parse() refuses.
 
-	static void parse(const std::string& text, std::vector<double>& values);
-		/// Fills values from text, or leaves it empty when the text is not a
-		/// list of numbers separated by single spaces, each given back
-		/// unchanged by the double formatter.
-
-	unsigned int type() const override;
-		/// 8.
-
-	bool merge(const Encoding& other) override;
-		/// Appends the values of another DoubleEncoding and returns true;
-		/// returns false and changes nothing for any other type. The text
-		/// form is not rebuilt.
-
-	void write(BitStreamWriter& writer) const override;
-
-	static void decode(BitStreamReader& reader, std::string& text);
-		/// Reads one value string into its text form. A length that is not a
-		/// multiple of 8 throws FISEncodingException "Illegal size entry
-		/// for double value".
-
-	static void decode(BitStreamReader& reader, std::vector<double>& values);
-		/// Reads one value string into values (cleared first). A length that
-		/// is not a multiple of 8 throws FISEncodingException
-		/// "Illegal size entry for double value".
-
-	static Ixor::AutoPtr<Encoding> decode(BitStreamReader& reader);
-		/// Reads one value string into a new DoubleEncoding with its text form.
-
-	static Int32 check(const std::string& text);
-		/// 8 octets per value, or 0 when parse() refuses the text.
-
-	static void encode(BitStreamWriter& writer, const std::string& text);
-		/// Writes the values of text; throws as the text constructor does.
-
-	DecodeMethod decodeMethod() const override;
-	CheckMethod checkMethod() const override;
-	EncodeMethod encodeMethod() const override;
-
-	using Encoding::handle;
-
-	void handle(FISContentHandler* pHandler) const override;
-		/// One encodedData(double) call per value, in order; nothing for a null
-		/// handler.
-
-	void createContent() override;
-
 protected:
 	~DoubleEncoding();
 
 private:
 	DoubleEncoding();
 
-	static void writeValues(BitStreamWriter& writer, const std::vector<double>& values);
-
-	std::vector<double> _values;
+	friend class ValueListEncoding<DoubleEncoding, double>;
 };
 
 

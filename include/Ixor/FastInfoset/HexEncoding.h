@@ -11,7 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Encoding.h"
+#include "Ixor/FastInfoset/OctetEncoding.h"
 #include <cstddef>
 #include <string>
 
@@ -20,10 +20,18 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class FastInfoset_API HexEncoding: public Encoding
+class FastInfoset_API HexEncoding;
+extern template class OctetEncoding<HexEncoding>;
+
+
+class FastInfoset_API HexEncoding: public OctetEncoding<HexEncoding>
 	/// Binary data with a hexadecimal text form (algorithm 1). content()
 	/// holds the raw octets themselves, which are also the octets written;
-	/// the upper-case hexadecimal text is produced on demand.
+	/// the upper-case hexadecimal text, two digits per octet and nothing
+	/// between them, is produced on demand.
+	///
+	/// Its messages are "Zero-length data for hex encoding" and "Invalid
+	/// hex-encoded data".
 {
 public:
 	typedef Ixor::AutoPtr<HexEncoding> Ptr;
@@ -40,47 +48,6 @@ public:
 		/// data for hex encoding" for a text that yields no octets and
 		/// "Invalid hex-encoded data" for a text that the host decoder
 		/// refuses.
-
-	unsigned int type() const override;
-		/// 1.
-
-	bool merge(const Encoding& other) override;
-		/// Appends the octets of another HexEncoding and returns true;
-		/// returns false for any other type.
-
-	void write(BitStreamWriter& writer) const override;
-		/// Writes the octets as a non-empty octet string; no data is a
-		/// programming error (assertion).
-
-	static void decode(BitStreamReader& reader, std::string& text);
-		/// Reads one octet string into its hexadecimal text.
-
-	static void decode(const std::string& octets, std::string& text);
-		/// Sets text to the upper-case hexadecimal form of octets, two digits
-		/// per octet, nothing between them.
-
-	static Ixor::AutoPtr<Encoding> decode(BitStreamReader& reader);
-		/// Reads one octet string into a new HexEncoding.
-
-	static Int32 check(const std::string& text);
-		/// The number of octets that text decodes to, or -1 when it is empty
-		/// or the host decoder refuses it.
-
-	static void encode(BitStreamWriter& writer, const std::string& text);
-		/// Writes the octets of text; throws as the text constructor does.
-
-	DecodeMethod decodeMethod() const override;
-	CheckMethod checkMethod() const override;
-	EncodeMethod encodeMethod() const override;
-
-	void handle(Ixor::XML::ContentHandler* pHandler) const override;
-		/// One characters() call with the hexadecimal text.
-
-	void handle(FISContentHandler* pHandler) const override;
-		/// One binaryData() call with the octets.
-
-	void createContent() override;
-		/// Nothing: the octets are the value.
 
 protected:
 	~HexEncoding();

@@ -11,7 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Encoding.h"
+#include "Ixor/FastInfoset/ValueListEncoding.h"
 #include <string>
 #include <vector>
 
@@ -20,10 +20,23 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class FastInfoset_API IntEncoding: public Encoding
+class FastInfoset_API IntEncoding;
+extern template class ValueListEncoding<IntEncoding, int>;
+
+
+class FastInfoset_API IntEncoding: public ValueListEncoding<IntEncoding, int>
 	/// A list of signed 32-bit integers (algorithm 4), written as 32-bit
-	/// big-endian values. The text form is the values in canonical decimal,
-	/// separated by single spaces; it is built by createContent().
+	/// big-endian values. The text form is the values in canonical decimal
+	/// (no plus sign, no leading zeros, no minus zero, no white space),
+	/// separated by single spaces.
+	///
+	/// Its messages are "Illegal (empty) data for IntEncoding", "Illegal value
+	/// string for IntEncoding" and, for a length that is not a multiple of 4,
+	/// "Illegal size entry for Ixor::Int32 value".
+	///
+	/// Decoding to text reports a length that is not a multiple of 4 as
+	/// FISException, not FISEncodingException; every other decoder of the
+	/// family throws FISEncodingException.
 {
 public:
 	typedef Ixor::AutoPtr<IntEncoding> Ptr;
@@ -39,60 +52,13 @@ public:
 		/// IntEncoding" for an empty text and "Illegal value string for
 		/// IntEncoding" for a text that parse() refuses.
 
-	static void parse(const std::string& text, std::vector<int>& values);
-		/// Fills values from text, or leaves it empty when the text is not a
-		/// list of canonical 32-bit decimals separated by single spaces.
-
-	unsigned int type() const override;
-		/// 4.
-
-	bool merge(const Encoding& other) override;
-		/// Appends the values of another IntEncoding and returns true;
-		/// returns false and changes nothing for any other type. The text
-		/// form is not rebuilt.
-
-	void write(BitStreamWriter& writer) const override;
-
-	static void decode(BitStreamReader& reader, std::string& text);
-		/// Reads one value string into its text form. A length that is not a
-		/// multiple of 4 throws FISException (not FISEncodingException)
-		/// "Illegal size entry for Ixor::Int32 value".
-
-	static void decode(BitStreamReader& reader, std::vector<int>& values);
-		/// Reads one value string into values (cleared first). A length that
-		/// is not a multiple of 4 throws FISEncodingException "Illegal size
-		/// entry for Ixor::Int32 value".
-
-	static Ixor::AutoPtr<Encoding> decode(BitStreamReader& reader);
-		/// Reads one value string into a new IntEncoding with its text form.
-
-	static Int32 check(const std::string& text);
-		/// 4 octets per value, or 0 when parse() refuses the text.
-
-	static void encode(BitStreamWriter& writer, const std::string& text);
-		/// Writes the values of text; throws as the text constructor does.
-
-	DecodeMethod decodeMethod() const override;
-	CheckMethod checkMethod() const override;
-	EncodeMethod encodeMethod() const override;
-
-	using Encoding::handle;
-
-	void handle(FISContentHandler* pHandler) const override;
-		/// One encodedData(int) call per value, in order; nothing for a null
-		/// handler.
-
-	void createContent() override;
-
 protected:
 	~IntEncoding();
 
 private:
 	IntEncoding();
 
-	static void writeValues(BitStreamWriter& writer, const std::vector<int>& values);
-
-	std::vector<int> _values;
+	friend class ValueListEncoding<IntEncoding, int>;
 };
 
 

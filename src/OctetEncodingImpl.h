@@ -1,0 +1,264 @@
+//
+// OctetEncodingImpl.h
+//
+// Library: FastInfoset
+// Module:  OctetEncoding
+//
+// The members of OctetEncoding. Each octet class's source file
+// specializes OctetTraits for its class, includes this header and
+// instantiates the template for its class. Internal: this header is not
+// installed.
+//
+// A traits class provides:
+//
+//   TYPE                  the algorithm index
+//   ZERO_LENGTH, INVALID_DATA
+//                         the messages
+//   TextDecoder, TextEncoder
+//                         the host's stream codec of the text form
+//   setUp(encoder)        sets the encoder to the text form
+//   maxOctets(length)     the most octets a text of length characters
+//                         decodes to
+//   textLength(count)     the characters of the text of count octets
+//
+
+
+#ifndef FastInfoset_OctetEncodingImpl_INCLUDED
+#define FastInfoset_OctetEncodingImpl_INCLUDED
+
+
+#include "Ixor/FastInfoset/OctetEncoding.h"
+#include "Ixor/FastInfoset/FISContentHandler.h"
+#include "EncodingSupport.h"
+#include "Poco/MemoryStream.h"
+#include "Poco/SAX/ContentHandler.h"
+#include <ostream>
+
+
+namespace Ixor {
+namespace FastInfoset {
+namespace EncodingSupport {
+
+
+template <class Traits>
+bool decodeText(const std::string& text, std::string* pOctets, std::size_t& count)
+	/// Runs the host decoder over text, storing the octets when pOctets is
+	/// given. Returns false when the decoder stops on a character it refuses
+	/// (including an incomplete last digit or group).
+{
+	Ixor::MemoryInputStream in(text.data(), static_cast<std::streamsize>(text.size()));
+	typename Traits::TextDecoder decoder(in);
+	// Asking for one more octet than the text can hold makes every read end
+	// at the decoder's end or error.
+	const std::size_t capacity = Traits::maxOctets(text.size()) + 1;
+	count = 0;
+	if (pOctets)
+	{
+		pOctets->resize(capacity);
+		decoder.read(&(*pOctets)[0], static_cast<std::streamsize>(capacity));
+		count = static_cast<std::size_t>(decoder.gcount());
+		pOctets->resize(count);
+	}
+	else
+	{
+		char buffer[1024];
+		do
+		{
+			decoder.read(buffer, sizeof(buffer));
+			count += static_cast<std::size_t>(decoder.gcount());
+		}
+		while (decoder.good());
+	}
+	return !decoder.bad();
+}
+
+
+template <class Traits>
+void appendText(const char* pOctets, std::size_t length, std::string& text)
+{
+	StringAppendBuf buf(text);
+	std::ostream out(&buf);
+	typename Traits::TextEncoder encoder(out);
+	Traits::setUp(encoder);
+	encoder.write(pOctets, static_cast<std::streamsize>(length));
+	encoder.close();
+}
+
+
+} // namespace EncodingSupport
+
+
+template <class E>
+OctetEncoding<E>::OctetEncoding()
+{
+}
+
+
+template <class E>
+OctetEncoding<E>::OctetEncoding(const char* data, std::size_t length):
+	Encoding(data, data ? length : 0)
+{
+	if (_content.empty()) throw FISEncodingException(Traits::ZERO_LENGTH);
+}
+
+
+template <class E>
+OctetEncoding<E>::OctetEncoding(const std::string& text)
+{
+	if (text.empty()) throw FISEncodingException(Traits::ZERO_LENGTH);
+	std::size_t count = 0;
+	if (!EncodingSupport::decodeText<Traits>(text, &_content, count)) throw FISEncodingException(Traits::INVALID_DATA);
+	// White space alone decodes to nothing; such an object could not be
+	// written, so it is refused here like empty data.
+	if (_content.empty()) throw FISEncodingException(Traits::ZERO_LENGTH);
+}
+
+
+template <class E>
+OctetEncoding<E>::~OctetEncoding()
+{
+}
+
+
+template <class E>
+unsigned int OctetEncoding<E>::type() const
+{
+	return Traits::TYPE;
+}
+
+
+template <class E>
+bool OctetEncoding<E>::merge(const Encoding& other)
+{
+	if (other.type() != type()) return false;
+	_content.append(other.content());
+	return true;
+}
+
+
+template <class E>
+void OctetEncoding<E>::append(const char* data, std::size_t length)
+{
+	if (length) _content.append(data, length);
+}
+
+
+template <class E>
+void OctetEncoding<E>::clear()
+{
+	_content.clear();
+}
+
+
+template <class E>
+void OctetEncoding<E>::write(BitStreamWriter& writer) const
+{
+	poco_assert(!_content.empty());
+	Encoder::nonEmptyOctetString(writer, _content);
+}
+
+
+template <class E>
+void OctetEncoding<E>::decode(BitStreamReader& reader, std::string& text)
+{
+	text.clear();
+	unsigned long length = 0;
+	Decoder::nonEmptyStringLength(reader, length);
+	std::string scratch;
+	const unsigned char* p = EncodingSupport::readOctets(reader, length, scratch);
+	text.reserve(Traits::textLength(length));
+	EncodingSupport::appendText<Traits>(reinterpret_cast<const char*>(p), length, text);
+}
+
+
+template <class E>
+void OctetEncoding<E>::decode(const std::string& octets, std::string& text)
+{
+	if (&octets == &text)
+	{
+		const std::string copy(octets);
+		decode(copy, text);
+		return;
+	}
+	text.clear();
+	text.reserve(Traits::textLength(octets.size()));
+	EncodingSupport::appendText<Traits>(octets.data(), octets.size(), text);
+}
+
+
+template <class E>
+Ixor::AutoPtr<Encoding> OctetEncoding<E>::decode(BitStreamReader& reader)
+{
+	Ixor::AutoPtr<E> pEncoding(new E);
+	OctetEncoding& value = *pEncoding;
+	Decoder::nonEmptyOctetString(reader, value._content);
+	return pEncoding;
+}
+
+
+template <class E>
+Int32 OctetEncoding<E>::check(const std::string& text)
+{
+	if (text.empty()) return -1;
+	std::size_t count = 0;
+	if (!EncodingSupport::decodeText<Traits>(text, nullptr, count)) return -1;
+	return EncodingSupport::octetCount(count);
+}
+
+
+template <class E>
+void OctetEncoding<E>::encode(BitStreamWriter& writer, const std::string& text)
+{
+	Ixor::AutoPtr<E> pEncoding(new E(text));
+	pEncoding->write(writer);
+}
+
+
+template <class E>
+DecodeMethod OctetEncoding<E>::decodeMethod() const
+{
+	return &OctetEncoding::decode;
+}
+
+
+template <class E>
+CheckMethod OctetEncoding<E>::checkMethod() const
+{
+	return &OctetEncoding::check;
+}
+
+
+template <class E>
+EncodeMethod OctetEncoding<E>::encodeMethod() const
+{
+	return &OctetEncoding::encode;
+}
+
+
+template <class E>
+void OctetEncoding<E>::handle(Ixor::XML::ContentHandler* pHandler) const
+{
+	if (!pHandler) return;
+	std::string text;
+	decode(_content, text);
+	pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
+}
+
+
+template <class E>
+void OctetEncoding<E>::handle(FISContentHandler* pHandler) const
+{
+	if (pHandler) pHandler->binaryData(_content.data(), _content.size());
+}
+
+
+template <class E>
+void OctetEncoding<E>::createContent()
+{
+}
+
+
+} } // namespace Ixor::FastInfoset
+
+
+#endif // FastInfoset_OctetEncodingImpl_INCLUDED
