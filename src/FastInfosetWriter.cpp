@@ -599,49 +599,108 @@ void FastInfosetWriter::endFragment()
 //
 void FastInfosetWriter::binaryData(const char* data, std::size_t length)
 {
-	insertEncoding(new DWordEncoding(data, length));
+	appendOctets(data, length);
 }
 
 
 void FastInfosetWriter::encodedData(short value)
 {
-	insertEncoding(new ShortEncoding(value));
+	appendValue<ShortEncoding>(value, 3);
 }
 
 
 void FastInfosetWriter::encodedData(int value)
 {
-	insertEncoding(new IntEncoding(value));
+	appendValue<IntEncoding>(value, 4);
 }
 
 
 void FastInfosetWriter::encodedData(long value)
 {
-	insertEncoding(new LongEncoding(value));
+	appendValue<LongEncoding>(value, 5);
 }
 
 
 void FastInfosetWriter::encodedData(bool value)
 {
-	insertEncoding(new BoolEncoding(value));
+	appendValue<BoolEncoding>(value, 6);
 }
 
 
 void FastInfosetWriter::encodedData(float value)
 {
-	insertEncoding(new FloatEncoding(value));
+	appendValue<FloatEncoding>(value, 7);
 }
 
 
 void FastInfosetWriter::encodedData(double value)
 {
-	insertEncoding(new DoubleEncoding(value));
+	appendValue<DoubleEncoding>(value, 8);
 }
 
 
 void FastInfosetWriter::encodedData(const Ixor::UUID& value)
 {
-	insertEncoding(new UUIDEncoding(value));
+	appendValue<UUIDEncoding>(value, 9);
+}
+
+
+template <class E>
+E* FastInfosetWriter::reusable(unsigned int type)
+	/// The value of algorithm type that the last run of that algorithm
+	/// used, emptied, when nothing holds it any more; else null.
+{
+	Ixor::AutoPtr<Encoding>& spare = _spareEncodings[type];
+	if (!spare || spare->referenceCount() != 1) return 0;
+	E* pValue = static_cast<E*>(spare.get());
+	pValue->clear();
+	return pValue;
+}
+
+
+template <class E, class V>
+void FastInfosetWriter::appendValue(const V& value, unsigned int type)
+	/// What insertEncoding() does with a new value of one element, without a
+	/// new object for each: a value of the algorithm of the last pending one
+	/// joins it, as merge() would; else the run starts with the reusable
+	/// value of its algorithm, or with a new one that becomes reusable.
+{
+	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
+	{
+		static_cast<E&>(*_pendingEncodings.back()).append(value);
+		return;
+	}
+	if (E* pValue = reusable<E>(type))
+	{
+		pValue->append(value);
+		_pendingEncodings.push_back(_spareEncodings[type]);
+		return;
+	}
+	Ixor::AutoPtr<Encoding> pValue(new E(value));
+	_pendingEncodings.push_back(pValue);
+	_spareEncodings[type] = pValue;
+}
+
+
+void FastInfosetWriter::appendOctets(const char* data, std::size_t length)
+{
+	const unsigned int type = 2;
+	// No octets make no value: the constructor refuses them.
+	if (length == 0) insertEncoding(new DWordEncoding(data, length));
+	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
+	{
+		static_cast<DWordEncoding&>(*_pendingEncodings.back()).append(data, length);
+		return;
+	}
+	if (DWordEncoding* pValue = reusable<DWordEncoding>(type))
+	{
+		pValue->append(data, length);
+		_pendingEncodings.push_back(_spareEncodings[type]);
+		return;
+	}
+	Ixor::AutoPtr<Encoding> pValue(new DWordEncoding(data, length));
+	_pendingEncodings.push_back(pValue);
+	_spareEncodings[type] = pValue;
 }
 
 

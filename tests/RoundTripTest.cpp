@@ -248,3 +248,28 @@ TEST(RoundTripTest, TypedValuesArriveTypedOrAsText)
 	EXPECT_EQ(expectedText, std::vector<std::string>(text.begin(), text.begin() + expectedText.size()));
 	EXPECT_EQ("characters AP8Q", text[text.size() - 3]);   // base64 text of 00 ff 10
 }
+
+
+TEST(RoundTripTest, EachRunOfTypedValuesHoldsOnlyItsOwnValues)
+{
+	// The writer reuses one value object per algorithm from run to run.
+	const std::string document = written([](FastInfosetWriter& w)
+	{
+		w.startElement("", "r", "r");
+		w.encodedData(1); w.encodedData(2);
+		w.emptyElement("", "e", "e");
+		w.encodedData(3);
+		w.encodedData(short(4));
+		w.encodedData(5);
+		w.binaryData("\x01", 1);
+		w.characters("t");
+		w.binaryData("\x02\x03", 2);
+		w.endElement("", "r", "r");
+	});
+	const std::vector<std::string> expected =
+	{
+		"startDocument", "startElement {}r ", "int 1", "int 2", "startElement {}e ", "endElement {}e ",
+		"int 3", "short 4", "int 5", "binaryData 01", "characters t", "binaryData 0203", "endElement {}r ", "endDocument",
+	};
+	EXPECT_EQ(expected, parsed(document));
+}

@@ -225,6 +225,12 @@ private:
 	void writeText(const char* text, std::size_t length);
 	bool writeChunkFast(const char* text, std::size_t length);
 	bool writeValueFast(const std::string& value, DocumentVocabulary::ID voc);
+	template <class E, class V>
+	void appendValue(const V& value, unsigned int type);
+	void appendOctets(const char* data, std::size_t length);
+	template <class E>
+	E* reusable(unsigned int type);
+
 	struct LastLookup
 		/// The last string found in one table: prefixes and namespace names
 		/// repeat from element to element.
@@ -307,6 +313,7 @@ private:
 	};
 	std::vector<PendingAttribute>          _pendingAttributes;
 
+	Ixor::AutoPtr<Encoding>                _spareEncodings[10];   // one reusable value per algorithm, by index
 	LastLookup                             _lastPrefix;
 	LastLookup                             _lastNamespace;
 
