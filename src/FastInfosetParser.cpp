@@ -620,6 +620,28 @@ void FastInfosetParser::parseAttributes(BitStreamReader& r)
 		if (available < 1) throw FISParseException(END_OF_ELEMENT);
 		if (window >> 63) break;
 		r.advance(1);
+		// An attribute whose name is an index to a name in use and whose value
+		// is an index: both from the same window.
+		unsigned int nameIndex = 0;
+		unsigned int valueIndex = 0;
+		int nameSize = 0;
+		int valueSize = 0;
+		const UInt64 name = window << 1;
+		if ((name >> 60) != 15 && FastDecoding::integerAt(1, name, available - 1, nameIndex, nameSize)
+			&& nameIndex < _names[0].size() && _names[0][nameIndex].resolved)
+		{
+			const UInt64 value = name << nameSize;
+			const int rest = available - 1 - nameSize;
+			if (rest > 0 && (value >> 63) && FastDecoding::integerAt(1, value << 1, rest - 1, valueIndex, valueSize))
+			{
+				r.advance(nameSize + 1 + valueSize);
+				_attributes.add(_names[0][nameIndex], stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, valueIndex));
+				continue;
+			}
+			r.advance(nameSize);
+			parseAttributeValueOf(r, _names[0][nameIndex]);
+			continue;
+		}
 		parseAttribute(r);
 	}
 	// The 1 that ends the attributes and three more bits of the terminator.
@@ -742,7 +764,12 @@ void FastInfosetParser::parseNamespaceAttribute(BitStreamReader& r)
 void FastInfosetParser::parseAttribute(BitStreamReader& r)
 {
 	if (r.bitPos() != 1) throw FISEncodingException("Illegal startposition for a Attribute value");
-	const NameEntry& name = parseQualifiedNameOrIndex(r, false);
+	parseAttributeValueOf(r, parseQualifiedNameOrIndex(r, false));
+}
+
+
+void FastInfosetParser::parseAttributeValueOf(BitStreamReader& r, const NameEntry& name)
+{
 	if (parseAttributeValue(r, name)) return;
 	unsigned int algorithm = 0;
 	const std::string* pValue = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::ATTRIBUTE_VALUE, algorithm);
@@ -777,12 +804,13 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 		r.read(_octets, length);
 		pData = _octets.data();
 	}
-	_attributes.add(name, pData, length);
 	if (addToTable)
 	{
+		// The value now lives in the table: the list refers to it there.
 		_identifying.assign(pData, length);
-		addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying);
+		_attributes.add(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying)));
 	}
+	else _attributes.add(name, pData, length);
 	return true;
 }
 

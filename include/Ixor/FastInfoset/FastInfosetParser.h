@@ -241,6 +241,7 @@ private:
 	const NameEntry& addName(const QualifiedNameEntry& entry, const ResolvedQualName& name, bool element);
 	const std::string& resolve(DocumentVocabulary::ID id, unsigned int index) const;
 	bool parseAttributeValue(BitStreamReader& r, const NameEntry& name);
+	void parseAttributeValueOf(BitStreamReader& r, const NameEntry& name);
 	bool parseElementFast(BitStreamReader& r, UInt64 window, int available);
 	void parseAttributes(BitStreamReader& r);
 	bool parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available);
