@@ -113,7 +113,7 @@ const char* const INLINE_DOCUMENTS[] =
 };
 
 
-TEST(EventListTest, ReplayGivesTheRecordedEvents)
+TEST(BenchEventListTest, ReplayGivesTheRecordedEvents)
 {
 	std::vector<std::string> documents;
 	for (const std::string& path: testDocuments()) documents.push_back(Bench::readFile(path));
@@ -143,7 +143,7 @@ TEST(EventListTest, ReplayGivesTheRecordedEvents)
 }
 
 
-TEST(EventListTest, ReplayIntoTheWriterGivesTheConvertersOctets)
+TEST(BenchEventListTest, ReplayIntoTheWriterGivesTheConvertersOctets)
 {
 	// Twice into one buffer: the second document must not see the first.
 	for (const std::string& path: testDocuments())
@@ -165,7 +165,7 @@ TEST(EventListTest, ReplayIntoTheWriterGivesTheConvertersOctets)
 }
 
 
-TEST(ParserTest, EveryParserSeesTheWholeDocumentEachTime)
+TEST(BenchParserTest, EveryParserSeesTheWholeDocumentEachTime)
 {
 	// Each parser object reads the document twice, as in the timed loops.
 	for (const std::string& path: testDocuments())
@@ -203,7 +203,7 @@ TEST(ParserTest, EveryParserSeesTheWholeDocumentEachTime)
 struct XMLCase { const char* name; std::string xml; bool wellFormed; std::uint64_t characters; };
 
 
-TEST(ParserTest, ExpatAndLibXml2ReadInPiecesAndRefuseMalformedDocuments)
+TEST(BenchParserTest, ExpatAndLibXml2ReadInPiecesAndRefuseMalformedDocuments)
 {
 	// Documents of more than one 64 KiB piece, with the fault after the first.
 	const std::string text(200000, 'x');
@@ -240,7 +240,7 @@ TEST(ParserTest, ExpatAndLibXml2ReadInPiecesAndRefuseMalformedDocuments)
 }
 
 
-TEST(OutputBufferTest, KeepsEveryOctetAcrossGrowthAndReset)
+TEST(BenchOutputBufferTest, KeepsEveryOctetAcrossGrowthAndReset)
 {
 	struct WriteCase { const char* name; std::size_t pieces; std::size_t pieceSize; };
 	const WriteCase CASES[] =
