@@ -494,12 +494,15 @@ private:
 		out << "\n== " << doc.name << ": XML " << megabytes(doc.xmlSize) << ", FI " << megabytes(doc.fiSize)
 			<< " (" << percent(doc.fiSize, doc.xmlSize) << " of XML); gzip'd: XML " << megabytes(doc.xmlGzipSize)
 			<< ", FI " << megabytes(doc.fiGzipSize) << " (" << percent(doc.fiGzipSize, doc.xmlGzipSize) << ")\n";
-		auto itExpat = doc.counts.find("parse_expat");
-		if (itExpat != doc.counts.end())
-			out << "   " << itExpat->second.elements << " elements, " << itExpat->second.characters << " octets of character data";
-		else out << "  ";
-		if (doc.eventCount) out << "; " << doc.eventCount << " SAX events recorded in " << megabytes(doc.eventMemory);
-		out << "\n";
+		// expat's counts when it ran; any parser's otherwise.
+		auto itCounts = doc.counts.find("parse_expat");
+		if (itCounts == doc.counts.end()) itCounts = doc.counts.begin();
+		std::string facts;
+		if (itCounts != doc.counts.end())
+			facts = std::to_string(itCounts->second.elements) + " elements, " + std::to_string(itCounts->second.characters) + " octets of character data";
+		if (doc.eventCount)
+			facts += (facts.empty() ? "" : "; ") + std::to_string(doc.eventCount) + " SAX events recorded in " + megabytes(doc.eventMemory);
+		if (!facts.empty()) out << "   " << facts << "\n";
 
 		const std::size_t labelWidth = 38;
 		out << "   " << padRight("measurement", labelWidth) << padLeft("ms/doc", 10) << padLeft("io MB/s", 11)
