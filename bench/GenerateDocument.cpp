@@ -11,6 +11,8 @@
 // std::mt19937_64 with a fixed seed, and values are drawn from its raw
 // output (the standard distributions differ between libraries) and
 // formatted from integers only.
+//
+// The tests include this file with FASTINFOSET_GENERATOR_NO_MAIN defined.
 
 
 #include "Poco/Base64Encoder.h"
@@ -358,6 +360,9 @@ private:
 } // namespace
 
 
+#ifndef FASTINFOSET_GENERATOR_NO_MAIN
+
+
 int main(int argc, char** argv)
 {
 	if (argc < 2 || argc > 3)
@@ -389,3 +394,6 @@ int main(int argc, char** argv)
 		return 2;
 	}
 }
+
+
+#endif // FASTINFOSET_GENERATOR_NO_MAIN
