@@ -1,0 +1,364 @@
+// Measures reading and writing Fast Infoset against reading and writing the
+// same documents as XML text, all in memory, and prints one table per
+// document and a summary.
+//
+//   fastinfoset-bench [--benchmark_...] DOCUMENT.xml...
+//
+// Every row also gives its throughput in "XML-equivalent" MB/s, the size of
+// the document as XML text divided by the time, so that rows that read or
+// write different encodings of one document compare like with like.
+
+
+#include "BenchReport.h"
+#include "BenchSupport.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Poco/Path.h"
+#include "Poco/SAX/SAXParser.h"
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+
+namespace {
+
+
+using Bench::Counts;
+using Bench::Document;
+using Bench::Measure;
+
+
+Bench::Documents documents;
+Document* pCurrent = nullptr;
+
+
+Document& use(Document& doc, bool needEvents)
+{
+	if (pCurrent != &doc)
+	{
+		if (pCurrent)
+		{
+			std::string().swap(pCurrent->xml);
+			std::string().swap(pCurrent->fi);
+			pCurrent->pEvents.reset();
+		}
+		pCurrent = &doc;
+	}
+	if (doc.xml.empty())
+	{
+		doc.xml = Bench::readFile(doc.path);
+		doc.fi = Bench::encodeFastInfoset(doc.xml);
+		if (!doc.loaded)
+		{
+			doc.loaded = true;
+			doc.xmlSize = doc.xml.size();
+			doc.fiSize = doc.fi.size();
+			doc.xmlGzipSize = Bench::gzipSize(doc.xml);
+			doc.fiGzipSize = Bench::gzipSize(doc.fi);
+		}
+	}
+	if (needEvents && !doc.pEvents)
+	{
+		doc.pEvents.reset(new Bench::EventList);
+		doc.pEvents->record(doc.xml);
+		doc.eventCount = doc.pEvents->eventCount();
+		doc.eventMemory = doc.pEvents->memoryUsed();
+	}
+	return doc;
+}
+
+
+void setRates(benchmark::State& state, const Document& doc, std::size_t ioBytes)
+{
+	using benchmark::Counter;
+	state.counters["io"] = Counter(static_cast<double>(ioBytes), Counter::kIsIterationInvariantRate, Counter::kIs1000);
+	state.counters["xml"] = Counter(static_cast<double>(doc.xmlSize), Counter::kIsIterationInvariantRate, Counter::kIs1000);
+	state.SetLabel(std::to_string(ioBytes) + " io octets");
+}
+
+
+void keepCounts(Document& doc, const char* id, const Counts& total, benchmark::IterationCount iterations)
+{
+	if (iterations == 0) return;
+	Counts perDocument;
+	perDocument.elements = total.elements / static_cast<std::uint64_t>(iterations);
+	perDocument.characters = total.characters / static_cast<std::uint64_t>(iterations);
+	doc.counts[id] = perDocument;
+}
+
+
+void check(Document& doc, bool ok, const std::string& what)
+{
+	for (const std::string& seen: doc.checks)
+	{
+		if (seen == what) return;
+	}
+	doc.checks.push_back(what);
+	if (!ok) doc.problems.push_back(what + ": NO");
+}
+
+
+void note(Document& doc, const std::string& what)
+{
+	for (const std::string& seen: doc.notes)
+	{
+		if (seen == what) return;
+	}
+	doc.notes.push_back(what);
+}
+
+
+void countOutput(Document& doc, const char* id, const std::string& xml)
+	/// The elements of a writer's XML output join the parsers' counts.
+	/// Output that is not well-formed is the library's or the host's
+	/// business, not a failed measurement: it is noted.
+{
+	Bench::ExpatParser expat;
+	try
+	{
+		expat.parse(xml.data(), xml.size());
+		doc.counts[id] = expat.counts;
+	}
+	catch (const Ixor::Exception& exc)
+	{
+		note(doc, std::string(id) + ": the XML written is not well-formed, its elements were not counted (expat: " + exc.message() + ")");
+	}
+}
+
+
+template <class Body>
+void guarded(benchmark::State& state, Body body)
+	/// Turns an exception into a failed measurement.
+{
+	try
+	{
+		body();
+	}
+	catch (const Ixor::Exception& exc)
+	{
+		state.SkipWithError(exc.displayText().c_str());
+	}
+	catch (const std::exception& exc)
+	{
+		state.SkipWithError(exc.what());
+	}
+}
+
+
+//
+// The measurements
+//
+void benchMemcpy(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		std::vector<char> target(doc.xml.size());
+		std::memset(target.data(), 0, target.size());
+		for (auto _: state)
+		{
+			std::memcpy(target.data(), doc.xml.data(), doc.xml.size());
+			benchmark::DoNotOptimize(target.data());
+			benchmark::ClobberMemory();
+		}
+		setRates(state, doc, doc.xml.size());
+	});
+}
+
+
+void benchParseFI(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::NullHandler handler;
+		Ixor::FastInfoset::FastInfosetParser parser;
+		Bench::setUpFastInfosetParser(parser, handler);
+		for (auto _: state)
+		{
+			Bench::parseFastInfoset(parser, doc.fi);
+		}
+		keepCounts(doc, "parse_fi", handler.counts, state.iterations());
+		setRates(state, doc, doc.fi.size());
+	});
+}
+
+
+void benchParseSAX(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::NullHandler handler;
+		Ixor::XML::SAXParser parser;
+		Bench::setUpXMLParser(parser, handler);
+		for (auto _: state)
+		{
+			Bench::parseXML(parser, doc.xml);
+		}
+		keepCounts(doc, "parse_sax", handler.counts, state.iterations());
+		setRates(state, doc, doc.xml.size());
+	});
+}
+
+
+void benchParseExpat(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::ExpatParser parser;
+		for (auto _: state)
+		{
+			parser.parse(doc.xml.data(), doc.xml.size());
+		}
+		keepCounts(doc, "parse_expat", parser.counts, state.iterations());
+		setRates(state, doc, doc.xml.size());
+	});
+}
+
+
+void benchParseLibXml2(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::LibXml2Parser parser;
+		for (auto _: state)
+		{
+			parser.parse(doc.xml.data(), doc.xml.size());
+		}
+		keepCounts(doc, "parse_libxml2", parser.counts, state.iterations());
+		setRates(state, doc, doc.xml.size());
+	});
+}
+
+
+void benchWriteFI(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, true);
+		Bench::OutputBuffer out;
+		for (auto _: state)
+		{
+			Bench::writeFastInfoset(*doc.pEvents, out);
+		}
+		check(doc, out.str() == doc.fi, "replayed events written as FI give convertToFIS's octets");
+		setRates(state, doc, out.size());
+	});
+}
+
+
+void benchWriteXML(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, true);
+		Bench::OutputBuffer out;
+		for (auto _: state)
+		{
+			Bench::writeXML(*doc.pEvents, out);
+		}
+		doc.xmlWriterSize = out.size();
+		countOutput(doc, "write_xml", out.str());
+		setRates(state, doc, out.size());
+	});
+}
+
+
+void benchConvertToFIS(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::OutputBuffer out;
+		for (auto _: state)
+		{
+			Bench::convertToFastInfoset(doc.xml, out);
+		}
+		check(doc, out.str() == doc.fi, "convertToFIS from a memory stream gives the same octets");
+		setRates(state, doc, doc.xml.size());
+	});
+}
+
+
+void benchConvertToXML(benchmark::State& state, Document* pDoc)
+{
+	guarded(state, [&]
+	{
+		Document& doc = use(*pDoc, false);
+		Bench::OutputBuffer out;
+		for (auto _: state)
+		{
+			Bench::convertToXML(doc.fi, out);
+		}
+		countOutput(doc, "convertToXML", out.str());
+		setRates(state, doc, doc.fi.size());
+	});
+}
+
+
+typedef void (*BenchFunction)(benchmark::State&, Document*);
+
+
+BenchFunction benchFunction(const std::string& id)
+{
+	static const std::map<std::string, BenchFunction> FUNCTIONS =
+	{
+		{"memcpy", benchMemcpy},
+		{"parse_fi", benchParseFI},
+		{"parse_sax", benchParseSAX},
+		{"parse_expat", benchParseExpat},
+		{"parse_libxml2", benchParseLibXml2},
+		{"write_fi", benchWriteFI},
+		{"write_xml", benchWriteXML},
+		{"convertToFIS", benchConvertToFIS},
+		{"convertToXML", benchConvertToXML},
+	};
+	return FUNCTIONS.at(id);
+}
+
+
+} // namespace
+
+
+int main(int argc, char** argv)
+{
+	benchmark::Initialize(&argc, argv);
+	if (argc < 2)
+	{
+		std::cerr << "usage: " << argv[0] << " [--benchmark_filter=REGEX] [--benchmark_...] DOCUMENT.xml...\n"
+			"Measurements: ";
+		for (const Measure& m: Bench::measures()) std::cerr << m.id << " ";
+		std::cerr << "\nBenchmark names are MEASUREMENT/DOCUMENT, the document's file name without .xml.\n";
+		return 2;
+	}
+	for (int i = 1; i < argc; ++i)
+	{
+		std::unique_ptr<Document> pDoc(new Document);
+		pDoc->path = argv[i];
+		pDoc->name = Poco::Path(pDoc->path).getBaseName();
+		documents.push_back(std::move(pDoc));
+	}
+	for (const std::unique_ptr<Document>& pDoc: documents)
+	{
+		for (const Measure& m: Bench::measures())
+		{
+			benchmark::RegisterBenchmark((std::string(m.id) + "/" + pDoc->name).c_str(), benchFunction(m.id), pDoc.get())
+				->Unit(benchmark::kMillisecond);
+		}
+	}
+
+	Bench::TableReporter reporter(documents, std::cout);
+	reporter.SetOutputStream(&std::cerr);
+	reporter.SetErrorStream(&std::cerr);
+	benchmark::RunSpecifiedBenchmarks(&reporter);
+	benchmark::Shutdown();
+	return 0;
+}
