@@ -11,6 +11,7 @@
 #include "Ixor/FastInfoset/MapVocabulary.h"
 #include "Ixor/FastInfoset/ShortEncoding.h"
 #include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "Ixor/FastInfoset/VocabularyHash.h"
 #include "FastEncoding.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/AttributesImpl.h"
@@ -61,7 +62,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out):
 	_declarationCount(0),
 	_attributeCount(0),
 	_views(),
-	_nameViews()
+	_nameViews(),
+	_nameCache()
 {
 	init();
 }
@@ -77,7 +79,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_declarationCount(0),
 	_attributeCount(0),
 	_views(),
-	_nameViews()
+	_nameViews(),
+	_nameCache()
 {
 	init();
 }
@@ -93,7 +96,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_declarationCount(0),
 	_attributeCount(0),
 	_views(),
-	_nameViews()
+	_nameViews(),
+	_nameCache()
 {
 	init();
 }
@@ -445,8 +449,23 @@ void FastInfosetWriter::characters(const XMLChar ch[], int start, int length)
 		return;
 	}
 	const char* pText = ch + start;
-	const void* pZero = std::memchr(pText, 0, static_cast<std::size_t>(length));
-	std::size_t size = pZero ? static_cast<std::size_t>(static_cast<const char*>(pZero) - pText) : static_cast<std::size_t>(length);
+	std::size_t size = static_cast<std::size_t>(length);
+	if (size <= 16)
+	{
+		// Short text, the common case, is scanned here rather than in a call.
+		for (std::size_t i = 0; i < size; ++i)
+		{
+			if (pText[i] == 0)
+			{
+				size = i;
+				break;
+			}
+		}
+	}
+	else if (const void* pZero = std::memchr(pText, 0, size))
+	{
+		size = static_cast<std::size_t>(static_cast<const char*>(pZero) - pText);
+	}
 	writeText(pText, size);
 }
 
@@ -891,12 +910,42 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 	poco_assert(!localName.empty());
 
 	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
-	const unsigned int localIndex = lookup(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
-	const unsigned int prefixIndex = localIndex == NOT_FOUND ? NOT_FOUND : cachedLookup(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
+	const unsigned int prefixIndex = cachedLookup(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
 	const unsigned int namespaceIndex = prefixIndex == NOT_FOUND ? NOT_FOUND : cachedLookup(DocumentVocabulary::NAMESPACE_NAME, namespaceURI, _lastNamespace);
 	if (namespaceIndex != NOT_FOUND)
 	{
-		const unsigned int index = lookupName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+		// Names repeat: a name found before is recognised by its local name
+		// and the indexes of its prefix and namespace, without looking the
+		// local name and the qualified name up in their tables again.
+		const void* pNameTable = &getQNameVocabulary(element);
+		const void* pLocalTable = _vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME);
+		const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
+		NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
+		unsigned int index = NOT_FOUND;
+		if (slot.pNameTable == pNameTable && slot.pLocalTable == pLocalTable && slot.hash == hash
+			&& slot.prefixIndex == prefixIndex && slot.namespaceIndex == namespaceIndex
+			&& VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size()))
+		{
+			index = slot.index;
+		}
+		else
+		{
+			const unsigned int localIndex = lookup(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
+			if (localIndex != NOT_FOUND)
+			{
+				index = lookupName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+				if (index != NOT_FOUND)
+				{
+					slot.pNameTable = pNameTable;
+					slot.pLocalTable = pLocalTable;
+					slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
+					slot.hash = hash;
+					slot.prefixIndex = prefixIndex;
+					slot.namespaceIndex = namespaceIndex;
+					slot.index = index;
+				}
+			}
+		}
 		if (index != NOT_FOUND)
 		{
 			Encoder::integer(_writer, index);

@@ -314,6 +314,23 @@ private:
 	std::vector<PendingAttribute>          _pendingAttributes;
 
 	Ixor::AutoPtr<Encoding>                _spareEncodings[10];   // one reusable value per algorithm, by index
+	struct NameCacheSlot
+		/// A qualified name found before: its prefix and namespace indexes,
+		/// its local name as stored in the local-name table, and its index.
+	{
+		const void*        pNameTable;
+		const void*        pLocalTable;
+		const std::string* pLocalName;
+		UInt32             hash;
+		unsigned int       prefixIndex;
+		unsigned int       namespaceIndex;
+		unsigned int       index;
+	};
+	enum
+	{
+		NAME_CACHE_SIZE = 512
+	};
+	NameCacheSlot                          _nameCache[2][NAME_CACHE_SIZE];
 	LastLookup                             _lastPrefix;
 	LastLookup                             _lastNamespace;
 
