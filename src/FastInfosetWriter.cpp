@@ -498,29 +498,30 @@ bool FastInfosetWriter::writeChunkFast(const char* text, std::size_t length)
 {
 	if (_states.back() == CDATA_SECTION) return false;
 	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
-	if (addToTable)
-	{
-		const unsigned int index = lookup(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length);
-		if (index != Vocabulary<std::string>::NOT_FOUND)
-		{
-			// 10 chunk, 1 index, the index at the fourth bit.
-			UInt32 bits = 0;
-			int size = 0;
-			if (!FastEncoding::integerBits(3, index, bits, size)) return false;
-			_writer.write((5u << size) | bits, size + 3);
-			return true;
-		}
-	}
-	// 10 chunk, 0 literal, the add-to-table bit, 00 UTF-8, the length at the
-	// seventh bit, the octets.
 	UInt64 lengthBits = 0;
 	int lengthSize = 0;
 	if (!FastEncoding::stringLengthBits(6, length, lengthBits, lengthSize)) return false;
 	if (addToTable)
 	{
 		bool existed = false;
-		indexOf(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length, existed);
+		const unsigned int index = indexOf(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length, existed);
+		if (existed)
+		{
+			// 10 chunk, 1 index, the index at the fourth bit.
+			UInt32 bits = 0;
+			int size = 0;
+			if (FastEncoding::integerBits(3, index, bits, size))
+			{
+				_writer.write((5u << size) | bits, size + 3);
+				return true;
+			}
+			_writer.write(5u, 3);
+			Encoder::integer(_writer, index);
+			return true;
+		}
 	}
+	// 10 chunk, 0 literal, the add-to-table bit, 00 UTF-8, the length at the
+	// seventh bit, the octets.
 	const unsigned long header = 0x20ul | (addToTable ? 4ul : 0ul);
 	_writer.write((header << lengthSize) | lengthBits, 6 + lengthSize);
 	_writer.write(text, length);
@@ -535,29 +536,30 @@ bool FastInfosetWriter::writeValueFast(const std::string& value, DocumentVocabul
 	if (_states.back() == CDATA_SECTION || value.empty()) return false;
 	const std::size_t length = value.size();
 	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
-	if (addToTable)
-	{
-		const unsigned int index = lookup(voc, value.data(), length);
-		if (index != Vocabulary<std::string>::NOT_FOUND)
-		{
-			// 1 index, the index at the second bit.
-			UInt32 bits = 0;
-			int size = 0;
-			if (!FastEncoding::integerBits(1, index, bits, size)) return false;
-			_writer.write((1u << size) | bits, size + 1);
-			return true;
-		}
-	}
-	// 0 literal, the add-to-table bit, 00 UTF-8, the length at the fifth bit,
-	// the octets.
 	UInt64 lengthBits = 0;
 	int lengthSize = 0;
 	if (!FastEncoding::stringLengthBits(4, length, lengthBits, lengthSize)) return false;
 	if (addToTable)
 	{
 		bool existed = false;
-		indexOf(voc, value.data(), length, existed);
+		const unsigned int index = indexOf(voc, value.data(), length, existed);
+		if (existed)
+		{
+			// 1 index, the index at the second bit.
+			UInt32 bits = 0;
+			int size = 0;
+			if (FastEncoding::integerBits(1, index, bits, size))
+			{
+				_writer.write((1u << size) | bits, size + 1);
+				return true;
+			}
+			_writer.write(true);
+			Encoder::integer(_writer, index);
+			return true;
+		}
 	}
+	// 0 literal, the add-to-table bit, 00 UTF-8, the length at the fifth bit,
+	// the octets.
 	const unsigned long header = addToTable ? 4ul : 0ul;
 	_writer.write((header << lengthSize) | lengthBits, 4 + lengthSize);
 	_writer.write(value);
@@ -1009,8 +1011,9 @@ void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const
 }
 
 
-unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* data, std::size_t length)
-	/// The index of a string in table id, or NOT_FOUND; never adds.
+FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
+	/// The view of table id, brought up to date when the vocabulary has a new
+	/// table there.
 {
 	const Vocabulary<std::string>* pTable = _vocabulary.vocabulary(id);
 	StringTableView& view = _views[id];
@@ -1020,11 +1023,19 @@ unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* da
 		view.pMap = dynamic_cast<const MapVocabulary<std::string>*>(pTable);
 		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<std::string>*>(pTable);
 	}
+	return view;
+}
+
+
+unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* data, std::size_t length)
+	/// The index of a string in table id, or NOT_FOUND; never adds.
+{
+	const StringTableView& view = viewOf(id);
 	if (view.pMap) return view.pMap->find(data, length);
 	if (view.pHash) return view.pHash->find(data, length);
 	bool found = false;
 	_text.assign(data, length);
-	return pTable->exists(_text, found);
+	return view.pTable->exists(_text, found);
 }
 
 
@@ -1046,15 +1057,12 @@ unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const st
 
 
 unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed)
-	/// The index of a string in table id, added when absent; the string is
-	/// built only to be added.
+	/// The index of a string in table id, added when absent: one walk of the
+	/// table, and the string is built only to be added.
 {
-	const unsigned int index = lookup(id, data, length);
-	if (index != Vocabulary<std::string>::NOT_FOUND)
-	{
-		existed = true;
-		return index;
-	}
+	const StringTableView& view = viewOf(id);
+	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->index(data, length, existed);
+	if (view.pHash) return const_cast<HashVocabulary<std::string>*>(view.pHash)->index(data, length, existed);
 	_text.assign(data, length);
 	return _vocabulary.index(id, _text, existed);
 }

@@ -263,6 +263,8 @@ private:
 		const HashVocabulary<std::string>* pHash;
 	};
 
+	StringTableView& viewOf(DocumentVocabulary::ID id);
+
 	struct NameTableView
 	{
 		const Vocabulary<QualifiedNameEntry>* pTable;

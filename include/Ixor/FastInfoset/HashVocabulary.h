@@ -66,6 +66,10 @@ public:
 		/// For tables of strings: the index of the string of length octets
 		/// at data, or NOT_FOUND; no string is built for the lookup.
 
+	unsigned int index(const char* data, std::size_t length, bool& found);
+		/// For tables of strings: index() of the string of length octets at
+		/// data, which is built only to be added.
+
 private:
 	enum Probe
 	{
@@ -78,6 +82,7 @@ private:
 
 	static unsigned long checkCapacity(unsigned long capacity);
 	Probe probe(const T& value, UInt32& slot, UInt32& hash) const;
+	Probe probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const;
 
 	std::vector<UInt32>   _table;
 	std::vector<UInt32>   _hashes;     // the full hash of each slot's value: most probes compare no value
@@ -180,24 +185,54 @@ inline unsigned int HashVocabulary<T>::find(const T& value) const
 
 
 template <class T>
-inline unsigned int HashVocabulary<T>::find(const char* data, std::size_t length) const
+inline typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const
 	/// The walk of probe(), on octets.
 {
 	const UInt32 cap = _capacity;
-	if (cap == 0) return NOT_FOUND;
-	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
-	UInt32 slot = hash % cap;
+	if (cap == 0) return PROBE_FULL;
+	hash = VocabularyHash<std::string>::bytes(data, length);
+	slot = hash % cap;
 	for (UInt32 step = 0; ; ++step)
 	{
 		const UInt32 entry = _table[slot];
-		if (entry == NOT_FOUND) return NOT_FOUND;
-		if (_hashes[slot] == hash)
-		{
-			if (VocabularyHash<std::string>::equal(this->_index[entry], data, length)) return entry;
-		}
-		if (step > cap) return NOT_FOUND;
+		if (entry == NOT_FOUND) return PROBE_EMPTY;
+		if (_hashes[slot] == hash && VocabularyHash<std::string>::equal(this->_index[entry], data, length)) return PROBE_FOUND;
+		if (step > cap) return PROBE_FULL;
 		if (++slot == cap) slot = 0;
 	}
+}
+
+
+template <class T>
+inline unsigned int HashVocabulary<T>::find(const char* data, std::size_t length) const
+{
+	UInt32 slot = 0;
+	UInt32 hash = 0;
+	return probe(data, length, slot, hash) == PROBE_FOUND ? _table[slot] : NOT_FOUND;
+}
+
+
+template <class T>
+unsigned int HashVocabulary<T>::index(const char* data, std::size_t length, bool& found)
+{
+	UInt32 slot = 0;
+	UInt32 hash = 0;
+	switch (probe(data, length, slot, hash))
+	{
+	case PROBE_FOUND:
+		found = true;
+		return _table[slot];
+	case PROBE_FULL:
+		throw Ixor::PoolOverflowException("Vocabulary hash table full");
+	default:
+		break;
+	}
+	const UInt32 idx = static_cast<UInt32>(this->_index.size());
+	this->_index.push_back(std::string(data, length));
+	_table[slot] = idx;
+	_hashes[slot] = hash;
+	found = false;
+	return idx;
 }
 
 

@@ -64,6 +64,10 @@ public:
 		/// For tables of strings: the index of the string of length octets
 		/// at data, or NOT_FOUND; no string is built for the lookup.
 
+	unsigned int index(const char* data, std::size_t length, bool& found);
+		/// For tables of strings: index() of the string of length octets at
+		/// data, which is built only to be added.
+
 private:
 	struct Slot
 	{
@@ -73,6 +77,7 @@ private:
 	};
 
 	UInt32 find(const T& value, UInt32 hash) const;
+	std::size_t slotOf(const char* data, std::size_t length, UInt32 hash) const;
 	void grow();
 
 	std::vector<Slot> _slots;
@@ -133,20 +138,51 @@ inline unsigned int MapVocabulary<T>::find(const T& value) const
 
 
 template <class T>
-inline unsigned int MapVocabulary<T>::find(const char* data, std::size_t length) const
+inline std::size_t MapVocabulary<T>::slotOf(const char* data, std::size_t length, UInt32 hash) const
+	/// The slot that holds the string of length octets at data, or the free
+	/// slot where it belongs.
 {
-	if (_slots.empty()) return NOT_FOUND;
-	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
 	const std::size_t mask = _slots.size() - 1;
 	for (std::size_t i = hash & mask; ; i = (i + 1) & mask)
 	{
 		const Slot& slot = _slots[i];
-		if (slot.index == NOT_FOUND) return NOT_FOUND;
-		if (slot.hash == hash)
-		{
-			if (VocabularyHash<std::string>::equal(*slot.pEntry, data, length)) return slot.index;
-		}
+		if (slot.index == NOT_FOUND || (slot.hash == hash && VocabularyHash<std::string>::equal(*slot.pEntry, data, length))) return i;
 	}
+}
+
+
+template <class T>
+inline unsigned int MapVocabulary<T>::find(const char* data, std::size_t length) const
+{
+	if (_slots.empty()) return NOT_FOUND;
+	return _slots[slotOf(data, length, VocabularyHash<std::string>::bytes(data, length))].index;
+}
+
+
+template <class T>
+unsigned int MapVocabulary<T>::index(const char* data, std::size_t length, bool& found)
+{
+	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
+	std::size_t i = _slots.empty() ? 0 : slotOf(data, length, hash);
+	if (!_slots.empty() && _slots[i].index != NOT_FOUND)
+	{
+		found = true;
+		return _slots[i].index;
+	}
+	if (2 * (_used + 1) > _slots.size())
+	{
+		grow();
+		i = slotOf(data, length, hash);
+	}
+	Slot& slot = _slots[i];
+	const UInt32 idx = static_cast<UInt32>(this->_index.size());
+	this->_index.push_back(std::string(data, length));
+	slot.hash = hash;
+	slot.index = idx;
+	slot.pEntry = &this->_index[idx];
+	++_used;
+	found = false;
+	return idx;
 }
 
 
