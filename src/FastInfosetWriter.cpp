@@ -342,7 +342,7 @@ void FastInfosetWriter::writeAttribute(const std::string& prefix, const std::str
 	if (_writer.bitPos() != 1)
 		throw FISEncodingException("Illegal startposition for a Attribute value");
 	writeQualifiedNameOrIndex(prefix, uri, localName, false);
-	if (!writeValueFast(value, DocumentVocabulary::ATTRIBUTE_VALUE))
+	if (value.empty() || !writeStringFast(value.data(), value.size(), DocumentVocabulary::ATTRIBUTE_VALUE, 0, 0))
 		writeNonIdentifyingStringOrIndex(value, DocumentVocabulary::ATTRIBUTE_VALUE);
 	poco_assert(_writer.bitPos() == 0);
 }
@@ -483,7 +483,7 @@ void FastInfosetWriter::writeText(const char* text, std::size_t length)
 	// chunks put their index); empty text is no text, so nothing goes out.
 	if (length == 0) return;
 	_writer.pad(false);
-	if (writeChunkFast(text, length)) return;
+	if (writeStringFast(text, length, DocumentVocabulary::CONTENT_CHARACTER_CHUNK, 2, 2)) return;
 	_writer.write(2u, 2);
 	if (_writer.bitPos() != 2)
 		throw FISEncodingException("Illegal startposition for a CharacterChunk value");
@@ -491,78 +491,46 @@ void FastInfosetWriter::writeText(const char* text, std::size_t length)
 }
 
 
-bool FastInfosetWriter::writeChunkFast(const char* text, std::size_t length)
-	/// A chunk of plain text on an octet boundary with all its leading bits
-	/// in one write: the same bits as the general path, which takes what this
-	/// does not (CDATA sections, values the encoder refuses).
+bool FastInfosetWriter::writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize)
+	/// A non-identifying string on an octet boundary after leadSize bits
+	/// lead (the two bits of a chunk, or none for an attribute value), with
+	/// all its leading bits in one write: the same bits as the general path,
+	/// which takes what this does not (CDATA sections, lengths the encoder
+	/// refuses).
 {
 	if (_states.back() == CDATA_SECTION) return false;
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	const int pos = leadSize;
 	UInt64 lengthBits = 0;
 	int lengthSize = 0;
-	if (!FastEncoding::stringLengthBits(6, length, lengthBits, lengthSize)) return false;
+	if (!FastEncoding::stringLengthBits(pos + 4, length, lengthBits, lengthSize)) return false;
+	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	if (addToTable)
 	{
 		bool existed = false;
-		const unsigned int index = indexOf(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, text, length, existed);
+		const unsigned int index = indexOf(voc, data, length, existed);
 		if (existed)
 		{
-			// 10 chunk, 1 index, the index at the fourth bit.
+			// 1 for an index, the index on the next bit.
+			const unsigned long head = (static_cast<unsigned long>(lead) << 1) | 1;
 			UInt32 bits = 0;
 			int size = 0;
-			if (FastEncoding::integerBits(3, index, bits, size))
+			if (FastEncoding::integerBits(pos + 1, index, bits, size))
 			{
-				_writer.write((5u << size) | bits, size + 3);
-				return true;
+				_writer.write((head << size) | bits, leadSize + 1 + size);
 			}
-			_writer.write(5u, 3);
-			Encoder::integer(_writer, index);
+			else
+			{
+				_writer.write(head, leadSize + 1);
+				Encoder::integer(_writer, index);
+			}
 			return true;
 		}
 	}
-	// 10 chunk, 0 literal, the add-to-table bit, 00 UTF-8, the length at the
-	// seventh bit, the octets.
-	const unsigned long header = 0x20ul | (addToTable ? 4ul : 0ul);
-	_writer.write((header << lengthSize) | lengthBits, 6 + lengthSize);
-	_writer.write(text, length);
-	return true;
-}
-
-
-bool FastInfosetWriter::writeValueFast(const std::string& value, DocumentVocabulary::ID voc)
-	/// An attribute value on an octet boundary with its leading bits in one
-	/// write, as writeChunkFast() does for chunks.
-{
-	if (_states.back() == CDATA_SECTION || value.empty()) return false;
-	const std::size_t length = value.size();
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
-	UInt64 lengthBits = 0;
-	int lengthSize = 0;
-	if (!FastEncoding::stringLengthBits(4, length, lengthBits, lengthSize)) return false;
-	if (addToTable)
-	{
-		bool existed = false;
-		const unsigned int index = indexOf(voc, value.data(), length, existed);
-		if (existed)
-		{
-			// 1 index, the index at the second bit.
-			UInt32 bits = 0;
-			int size = 0;
-			if (FastEncoding::integerBits(1, index, bits, size))
-			{
-				_writer.write((1u << size) | bits, size + 1);
-				return true;
-			}
-			_writer.write(true);
-			Encoder::integer(_writer, index);
-			return true;
-		}
-	}
-	// 0 literal, the add-to-table bit, 00 UTF-8, the length at the fifth bit,
-	// the octets.
-	const unsigned long header = addToTable ? 4ul : 0ul;
-	_writer.write((header << lengthSize) | lengthBits, 4 + lengthSize);
-	_writer.write(value);
+	// 0 for a literal, the add-to-table bit, 00 for UTF-8, the length, the
+	// octets.
+	const unsigned long head = (static_cast<unsigned long>(lead) << 4) | (addToTable ? 4ul : 0ul);
+	_writer.write((head << lengthSize) | lengthBits, leadSize + 4 + lengthSize);
+	_writer.write(data, length);
 	return true;
 }
 
@@ -620,49 +588,51 @@ void FastInfosetWriter::endFragment()
 //
 void FastInfosetWriter::binaryData(const char* data, std::size_t length)
 {
-	appendOctets(data, length);
+	// No octets make no value: the constructor refuses them.
+	if (length == 0) insertEncoding(new DWordEncoding(data, length));
+	appendValue<DWordEncoding>(2, data, length);
 }
 
 
 void FastInfosetWriter::encodedData(short value)
 {
-	appendValue<ShortEncoding>(value, 3);
+	appendValue<ShortEncoding>(3, value);
 }
 
 
 void FastInfosetWriter::encodedData(int value)
 {
-	appendValue<IntEncoding>(value, 4);
+	appendValue<IntEncoding>(4, value);
 }
 
 
 void FastInfosetWriter::encodedData(long value)
 {
-	appendValue<LongEncoding>(value, 5);
+	appendValue<LongEncoding>(5, value);
 }
 
 
 void FastInfosetWriter::encodedData(bool value)
 {
-	appendValue<BoolEncoding>(value, 6);
+	appendValue<BoolEncoding>(6, value);
 }
 
 
 void FastInfosetWriter::encodedData(float value)
 {
-	appendValue<FloatEncoding>(value, 7);
+	appendValue<FloatEncoding>(7, value);
 }
 
 
 void FastInfosetWriter::encodedData(double value)
 {
-	appendValue<DoubleEncoding>(value, 8);
+	appendValue<DoubleEncoding>(8, value);
 }
 
 
 void FastInfosetWriter::encodedData(const Ixor::UUID& value)
 {
-	appendValue<UUIDEncoding>(value, 9);
+	appendValue<UUIDEncoding>(9, value);
 }
 
 
@@ -679,8 +649,8 @@ E* FastInfosetWriter::reusable(unsigned int type)
 }
 
 
-template <class E, class V>
-void FastInfosetWriter::appendValue(const V& value, unsigned int type)
+template <class E, class... Values>
+void FastInfosetWriter::appendValue(unsigned int type, const Values&... values)
 	/// What insertEncoding() does with a new value of one element, without a
 	/// new object for each: a value of the algorithm of the last pending one
 	/// joins it, as merge() would; else the run starts with the reusable
@@ -688,38 +658,16 @@ void FastInfosetWriter::appendValue(const V& value, unsigned int type)
 {
 	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
 	{
-		static_cast<E&>(*_pendingEncodings.back()).append(value);
+		static_cast<E&>(*_pendingEncodings.back()).append(values...);
 		return;
 	}
 	if (E* pValue = reusable<E>(type))
 	{
-		pValue->append(value);
+		pValue->append(values...);
 		_pendingEncodings.push_back(_spareEncodings[type]);
 		return;
 	}
-	Ixor::AutoPtr<Encoding> pValue(new E(value));
-	_pendingEncodings.push_back(pValue);
-	_spareEncodings[type] = pValue;
-}
-
-
-void FastInfosetWriter::appendOctets(const char* data, std::size_t length)
-{
-	const unsigned int type = 2;
-	// No octets make no value: the constructor refuses them.
-	if (length == 0) insertEncoding(new DWordEncoding(data, length));
-	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
-	{
-		static_cast<DWordEncoding&>(*_pendingEncodings.back()).append(data, length);
-		return;
-	}
-	if (DWordEncoding* pValue = reusable<DWordEncoding>(type))
-	{
-		pValue->append(data, length);
-		_pendingEncodings.push_back(_spareEncodings[type]);
-		return;
-	}
-	Ixor::AutoPtr<Encoding> pValue(new DWordEncoding(data, length));
+	Ixor::AutoPtr<Encoding> pValue(new E(values...));
 	_pendingEncodings.push_back(pValue);
 	_spareEncodings[type] = pValue;
 }

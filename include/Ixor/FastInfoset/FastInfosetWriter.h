@@ -223,11 +223,9 @@ private:
 	FastInfosetWriter& operator = (const FastInfosetWriter&);
 
 	void writeText(const char* text, std::size_t length);
-	bool writeChunkFast(const char* text, std::size_t length);
-	bool writeValueFast(const std::string& value, DocumentVocabulary::ID voc);
-	template <class E, class V>
-	void appendValue(const V& value, unsigned int type);
-	void appendOctets(const char* data, std::size_t length);
+	bool writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize);
+	template <class E, class... Values>
+	void appendValue(unsigned int type, const Values&... values);
 	template <class E>
 	E* reusable(unsigned int type);
 
