@@ -47,25 +47,6 @@ void BitStreamWriter::writeBits(int count, bool bit)
 }
 
 
-void BitStreamWriter::write(unsigned long val, int numOfBits)
-{
-	poco_assert(checkInputParams(Utility::SIZEOFINT64INBIT, numOfBits));
-	if (numOfBits > 32)
-	{
-		putBits(val >> 32, numOfBits - 32);
-		putBits(val & 0xFFFFFFFFul, 32);
-	}
-	else putBits(val, numOfBits);
-}
-
-
-void BitStreamWriter::write(long val, int numOfBits)
-{
-	poco_assert(checkInputParams(Utility::SIZEOFINT64INBIT, numOfBits));
-	write(static_cast<unsigned long>(val), numOfBits);
-}
-
-
 void BitStreamWriter::write(const char* str)
 {
 	if (str) putOctets(str, std::strlen(str));

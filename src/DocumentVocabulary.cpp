@@ -41,7 +41,8 @@ namespace
 DocumentVocabulary::DocumentVocabulary(DontInitialize):
 	_impl(VOC_HASH),
 	_pElementVocabulary(0),
-	_pAttributeVocabulary(0)
+	_pAttributeVocabulary(0),
+	_revision(0)
 {
 }
 
@@ -49,7 +50,8 @@ DocumentVocabulary::DocumentVocabulary(DontInitialize):
 DocumentVocabulary::DocumentVocabulary(VocabularyImpl impl):
 	_impl(impl),
 	_pElementVocabulary(0),
-	_pAttributeVocabulary(0)
+	_pAttributeVocabulary(0),
+	_revision(0)
 {
 	try
 	{
@@ -67,7 +69,8 @@ DocumentVocabulary::DocumentVocabulary(const std::string& uri, VocabularyImpl im
 	_impl(impl),
 	_pElementVocabulary(0),
 	_pAttributeVocabulary(0),
-	_uri(uri)
+	_uri(uri),
+	_revision(0)
 {
 	try
 	{
@@ -84,7 +87,8 @@ DocumentVocabulary::DocumentVocabulary(const std::string& uri, VocabularyImpl im
 DocumentVocabulary::DocumentVocabulary(const DocumentVocabulary& other):
 	_impl(VOC_HASH),
 	_pElementVocabulary(0),
-	_pAttributeVocabulary(0)
+	_pAttributeVocabulary(0),
+	_revision(0)
 {
 	try
 	{
@@ -119,6 +123,8 @@ DocumentVocabulary::~DocumentVocabulary()
 void DocumentVocabulary::swapContent(DocumentVocabulary& other)
 	/// Everything but the decodings, which each vocabulary keeps.
 {
+	++_revision;
+	++other._revision;
 	std::swap(_impl, other._impl);
 	_vocabularies.swap(other._vocabularies);
 	std::swap(_alphabets, other._alphabets);
@@ -133,6 +139,7 @@ void DocumentVocabulary::initialize(ID vocabulary, Vocabulary<std::string>* pTab
 {
 	std::unique_ptr<Vocabulary<std::string>> pOwned(pTable);
 	poco_assert(vocabulary > DocumentVocabulary::ENCODING_ALGORITHM && vocabulary < DocumentVocabulary::ELEMENT_NAME);
+	++_revision;
 	// A vocabulary without tables gets empty slots, so that tables can be
 	// given one by one.
 	if (_vocabularies.size() < TABLE_SLOTS) _vocabularies.resize(TABLE_SLOTS, 0);
@@ -249,6 +256,7 @@ void DocumentVocabulary::init()
 
 void DocumentVocabulary::clear()
 {
+	++_revision;
 	for (Vocabulary<std::string>* pTable: _vocabularies) delete pTable;
 	_vocabularies.clear();
 	delete _pElementVocabulary;

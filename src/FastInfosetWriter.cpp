@@ -63,7 +63,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out):
 	_attributeCount(0),
 	_views(),
 	_nameViews(),
-	_nameCache()
+	_nameCache(),
+	_viewsRevision(~UInt64(0))
 {
 	init();
 }
@@ -80,7 +81,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_attributeCount(0),
 	_views(),
 	_nameViews(),
-	_nameCache()
+	_nameCache(),
+	_viewsRevision(~UInt64(0))
 {
 	init();
 }
@@ -97,7 +99,8 @@ FastInfosetWriter::FastInfosetWriter(std::ostream& out, bool writeXMLDeclaration
 	_attributeCount(0),
 	_views(),
 	_nameViews(),
-	_nameCache()
+	_nameCache(),
+	_viewsRevision(~UInt64(0))
 {
 	init();
 }
@@ -867,8 +870,10 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		// Names repeat: a name found before is recognised by its local name
 		// and the indexes of its prefix and namespace, without looking the
 		// local name and the qualified name up in their tables again.
+		// Remembered answers are dropped whenever the vocabulary gets new
+		// tables; the table pointers guard against nothing more.
 		const void* pNameTable = &getQNameVocabulary(element);
-		const void* pLocalTable = _vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME);
+		const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
 		const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
 		NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
 		unsigned int index = NOT_FOUND;
@@ -898,7 +903,7 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		}
 		if (index != NOT_FOUND)
 		{
-			Encoder::integer(_writer, index);
+			writeInteger(index);
 			poco_assert(_writer.bitPos() == 0);
 			return index;
 		}
@@ -942,7 +947,7 @@ unsigned int FastInfosetWriter::insertQualifiedName(const QualifiedNameEntry& na
 }
 
 
-Vocabulary<QualifiedNameEntry>& FastInfosetWriter::getQNameVocabulary(bool element)
+inline Vocabulary<QualifiedNameEntry>& FastInfosetWriter::getQNameVocabulary(bool element)
 {
 	return element ? *_vocabulary.elementVocabulary() : *_vocabulary.attributeVocabulary();
 }
@@ -959,14 +964,47 @@ void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const
 }
 
 
-FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
-	/// The view of table id, brought up to date when the vocabulary has a new
-	/// table there.
+inline void FastInfosetWriter::writeInteger(unsigned int value)
+	/// Encoder::integer() with the common values in one write.
 {
-	const Vocabulary<std::string>* pTable = _vocabulary.vocabulary(id);
-	StringTableView& view = _views[id];
-	if (view.pTable != pTable)
+	UInt32 bits = 0;
+	int size = 0;
+	if (FastEncoding::integerBits(_writer.bitPos(), value, bits, size)) _writer.write(bits, size);
+	else Encoder::integer(_writer, value);
+}
+
+
+inline void FastInfosetWriter::checkViews()
+{
+	if (_viewsRevision != _vocabulary.revision()) refreshViews();
+}
+
+
+void FastInfosetWriter::refreshViews()
+	/// The vocabulary has new tables: every view and every remembered answer
+	/// is dropped. Tables may take the places that freed ones had, so nothing
+	/// found before may be trusted.
+{
+	for (StringTableView& view: _views) view = StringTableView();
+	for (NameTableView& view: _nameViews) view = NameTableView();
+	for (auto& slots: _nameCache)
 	{
+		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
+	}
+	_lastPrefix.pTable = 0;
+	_lastNamespace.pTable = 0;
+	_viewsRevision = _vocabulary.revision();
+}
+
+
+inline FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
+	/// The view of table id as its concrete kind.
+{
+	checkViews();
+	StringTableView& view = _views[id];
+	if (!view.pTable)
+	{
+		const Vocabulary<std::string>* pTable = _vocabulary.vocabulary(id);
 		view.pTable = pTable;
 		view.pMap = dynamic_cast<const MapVocabulary<std::string>*>(pTable);
 		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<std::string>*>(pTable);
@@ -987,12 +1025,17 @@ unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* da
 }
 
 
-unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
+inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
 	/// lookup() that remembers its last answer; a table only grows, so an
-	/// index found stays right as long as the table is the same.
+	/// index found stays right as long as the table is the same. The empty
+	/// string, the prefix and namespace name of most names, costs nothing.
 {
-	const void* pTable = _vocabulary.vocabulary(id);
-	if (last.pTable == pTable && last.value == value) return last.index;
+	const void* pTable = viewOf(id).pTable;
+	if (last.pTable == pTable && last.value.size() == value.size()
+		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
+	{
+		return last.index;
+	}
 	const unsigned int index = lookup(id, value.data(), value.size());
 	if (index != Vocabulary<std::string>::NOT_FOUND)
 	{
@@ -1018,10 +1061,11 @@ unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* d
 
 unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
 {
-	const Vocabulary<QualifiedNameEntry>* pTable = &getQNameVocabulary(element);
+	checkViews();
 	NameTableView& view = _nameViews[element];
-	if (view.pTable != pTable)
+	if (!view.pTable)
 	{
+		const Vocabulary<QualifiedNameEntry>* pTable = &getQNameVocabulary(element);
 		view.pTable = pTable;
 		view.pMap = dynamic_cast<const MapVocabulary<QualifiedNameEntry>*>(pTable);
 		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<QualifiedNameEntry>*>(pTable);
@@ -1029,7 +1073,7 @@ unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool 
 	if (view.pMap) return view.pMap->find(name);
 	if (view.pHash) return view.pHash->find(name);
 	bool found = false;
-	return pTable->exists(name, found);
+	return view.pTable->exists(name, found);
 }
 
 

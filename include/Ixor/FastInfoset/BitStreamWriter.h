@@ -204,6 +204,25 @@ inline void BitStreamWriter::write(int val, int numOfBits)
 }
 
 
+inline void BitStreamWriter::write(unsigned long val, int numOfBits)
+{
+	poco_assert(checkInputParams(Utility::SIZEOFINT64INBIT, numOfBits));
+	if (numOfBits > 32)
+	{
+		putBits(val >> 32, numOfBits - 32);
+		putBits(val & 0xFFFFFFFFul, 32);
+	}
+	else putBits(val, numOfBits);
+}
+
+
+inline void BitStreamWriter::write(long val, int numOfBits)
+{
+	poco_assert(checkInputParams(Utility::SIZEOFINT64INBIT, numOfBits));
+	write(static_cast<unsigned long>(val), numOfBits);
+}
+
+
 inline void BitStreamWriter::write(const std::string& str)
 {
 	putOctets(str.data(), str.size());

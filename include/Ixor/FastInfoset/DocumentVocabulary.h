@@ -123,6 +123,12 @@ public:
 	const std::string& getURI() const;
 	VocabularyImpl impl() const;
 
+	UInt64 revision() const;
+		/// A number that changes whenever a table of this vocabulary is
+		/// replaced or dropped (reset, clear, copy, assignment, initialize),
+		/// so that a user may keep pointers to the tables while it stays the
+		/// same.
+
 	void reset();
 		/// Back to a fresh vocabulary of the same kind; keeps the alphabets,
 		/// the algorithms and the URI.
@@ -152,12 +158,19 @@ private:
 	Vocabulary<QualifiedNameEntry>*         _pElementVocabulary;
 	Vocabulary<QualifiedNameEntry>*         _pAttributeVocabulary;
 	std::string                             _uri;
+	UInt64                                  _revision;
 };
 
 
 //
 // inlines
 //
+inline UInt64 DocumentVocabulary::revision() const
+{
+	return _revision;
+}
+
+
 inline Vocabulary<std::string>* DocumentVocabulary::table(ID id) const
 	/// A vocabulary has its tables after reset(), or as a copy or difference
 	/// of one that has them.

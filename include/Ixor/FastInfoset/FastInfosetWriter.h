@@ -262,6 +262,9 @@ private:
 	};
 
 	StringTableView& viewOf(DocumentVocabulary::ID id);
+	void checkViews();
+	void writeInteger(unsigned int value);
+	void refreshViews();
 
 	struct NameTableView
 	{
@@ -331,6 +334,7 @@ private:
 		NAME_CACHE_SIZE = 512
 	};
 	NameCacheSlot                          _nameCache[2][NAME_CACHE_SIZE];
+	UInt64                                 _viewsRevision;
 	LastLookup                             _lastPrefix;
 	LastLookup                             _lastNamespace;
 
