@@ -531,9 +531,15 @@ void FastInfosetParser::parseAttribute(BitStreamReader& r)
 	if (r.bitPos() != 1) throw FISEncodingException("Illegal startposition for a Attribute value");
 	ResolvedQualName name;
 	parseQualifiedNameOrIndex(r, name, false);
+	// A value given by index is a vocabulary entry, which never moves: the
+	// list refers to it, so that a long value that many attributes name by
+	// index is not copied for each of them.
+	unsigned char indexed = 0;
+	r.peek(indexed, 1);
 	unsigned int algorithm = 0;
 	const std::string* pValue = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::ATTRIBUTE_VALUE, algorithm);
-	_attributes.add(*name.pUri, *name.pLocalName, *pValue);
+	if (indexed) _attributes.addReference(*name.pUri, *name.pLocalName, *pValue);
+	else _attributes.add(*name.pUri, *name.pLocalName, *pValue);
 }
 
 
@@ -886,7 +892,24 @@ void FastInfosetParser::AttributeList::add(const std::string& uri, const std::st
 	Entry& entry = _entries[_count++];
 	entry.pURI = &uri;
 	entry.pLocalName = &localName;
+	entry.pValue = 0;
 	entry.value.assign(value);
+}
+
+
+void FastInfosetParser::AttributeList::addReference(const std::string& uri, const std::string& localName, const std::string& value)
+{
+	if (static_cast<std::size_t>(_count) == _entries.size()) _entries.emplace_back();
+	Entry& entry = _entries[_count++];
+	entry.pURI = &uri;
+	entry.pLocalName = &localName;
+	entry.pValue = &value;
+}
+
+
+const std::string& FastInfosetParser::AttributeList::valueOf(const Entry& entry) const
+{
+	return entry.pValue ? *entry.pValue : entry.value;
 }
 
 
@@ -949,21 +972,21 @@ const XMLString& FastInfosetParser::AttributeList::getType(const XMLString&, con
 const XMLString& FastInfosetParser::AttributeList::getValue(int i) const
 {
 	poco_assert (0 <= i && i < _count);
-	return _entries[i].value;
+	return valueOf(_entries[i]);
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& qname) const
 {
 	int i = getIndex(qname);
-	return i < 0 ? EMPTY_STRING : _entries[i].value;
+	return i < 0 ? EMPTY_STRING : valueOf(_entries[i]);
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& uri, const XMLString& localName) const
 {
 	int i = getIndex(uri, localName);
-	return i < 0 ? EMPTY_STRING : _entries[i].value;
+	return i < 0 ? EMPTY_STRING : valueOf(_entries[i]);
 }
 
 

@@ -369,6 +369,13 @@ std::vector<Case> largeCases()
 		{"many attributes",
 			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x40, 8).bits('v', 8)
 				.repeat(N, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+		{"a long attribute value repeated by index",
+			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
+				.string(std::string(MB / 2, 'v')).repeat(N / 2, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+		{"a long attribute value repeated on many elements",
+			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
+				.string(std::string(2 * MB / 5, 'v')).bits(0xF, 4).bits(0, 4)
+				.repeat(N / 2, [](Document& d) { d.bits(0x40, 8).bits(0x00, 8).bits(0x80, 8).bits(0xFF, 8); }).bits(0xFF, 8).done()},
 	};
 }
 
@@ -398,4 +405,39 @@ TEST(ResourceTest, DepthIsLimitedByDefault)
 	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](Document& d) { d.bits(0, 8); }).done();
 	EXPECT_EQ("Maximum element depth exceeded", parse(deep).error);
 	EXPECT_EQ(10000u, FastInfosetParser().getMaxElementDepth());
+}
+
+
+TEST(ResourceTest, AttributeValuesByIndexAreReportedLikeCopies)
+{
+	struct Values: public Ixor::XML::DefaultHandler
+	{
+		std::vector<std::string> elements;
+
+		void startElement(const std::string&, const std::string&, const std::string&, const Ixor::XML::Attributes& attributes) override
+		{
+			std::string values;
+			for (int i = 0; i < attributes.getLength(); ++i) values += attributes.getValue(i) + "|";
+			elements.push_back(values + attributes.getValue("", "a"));
+		}
+	};
+
+	// Values by index refer to the vocabulary; the list's slots alternate
+	// between referring and copying from one element to the next.
+	const std::string document = Document().bits(0, 7)
+		.bits(0x7C, 8).bits(0, 1).string("r")
+		.bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4).string("v1")   // "v1", added to the table
+		.bits(0, 1).integer(1).bits(1, 1).integer(1)                      // value 1 by index
+		.bits(0, 1).integer(1).bits(0, 4).string("w")                     // "w", not added
+		.bits(0xF, 4).bits(0, 4)
+		.bits(0x40, 8)
+		.bits(0, 1).integer(1).bits(0, 4).string("x")
+		.bits(0, 1).integer(1).bits(1, 1).integer(1)
+		.bits(0xFF, 8).bits(0xFF, 8).done();
+	Values handler;
+	FastInfosetParser parser;
+	parser.setContentHandler(&handler);
+	parser.parseMemoryNP(document.data(), document.size());
+	const std::vector<std::string> expected = {"v1|v1|w|v1", "x|v1|x"};
+	EXPECT_EQ(expected, handler.elements);
 }

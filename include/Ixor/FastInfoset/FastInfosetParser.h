@@ -145,6 +145,9 @@ protected:
 		AttributeList();
 		void clear();
 		void add(const std::string& uri, const std::string& localName, const std::string& value);
+		void addReference(const std::string& uri, const std::string& localName, const std::string& value);
+			/// As add(), but refers to value instead of copying it; value
+			/// must stay unchanged while the list holds it.
 
 		int getIndex(const Ixor::XML::XMLString& name) const;
 		int getIndex(const Ixor::XML::XMLString& namespaceURI, const Ixor::XML::XMLString& localName) const;
@@ -164,8 +167,11 @@ protected:
 		{
 			const std::string* pURI;
 			const std::string* pLocalName;
+			const std::string* pValue;   // the value referred to, or null for the copy in value
 			std::string value;
 		};
+
+		const std::string& valueOf(const Entry& entry) const;
 
 		std::vector<Entry> _entries;
 		int _count;
