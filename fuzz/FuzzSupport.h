@@ -45,7 +45,7 @@ namespace FuzzSupport {
 
 template <class F>
 std::string outcomeOf(F f)
-	/// "ok", or the class and message of an exception that the library may
+	/// "ok", or the name and message of an exception that the library may
 	/// raise for bad input. Any other exception passes through: it is a
 	/// finding.
 {
@@ -56,7 +56,7 @@ std::string outcomeOf(F f)
 	}
 	catch (const Ixor::Exception& exc)
 	{
-		return std::string(exc.className()) + ": " + exc.message();
+		return exc.displayText();
 	}
 	catch (const std::out_of_range& exc)
 	{
