@@ -7,7 +7,10 @@
 //
 // The writer refuses some event streams by design, with an exception of
 // the library: names and targets that are empty (index 0 of a table), PIs
-// with empty targets, and so on. Such inputs are skipped. The events are
+// with empty targets, and so on. Such inputs are skipped, and so are those
+// with an element whose local name and namespace are empty: the writer
+// takes such an element's qualified name as its name, as it must for the
+// events of an XML parser without namespace support. The events are
 // compared without what the writer changes on purpose; RecordOptions lists
 // it. The writer has map tables: hash tables are full after a few dozen
 // distinct short strings of one kind.
@@ -55,6 +58,7 @@ public:
 	void startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes) override
 	{
 		TypedRecorder::startElement(uri, localName, qname, attributes);
+		if (uri.empty() && localName.empty() && refusal.empty()) refusal = "an element without name";
 		forward([&] { _writer.startElement(uri, localName, qname, attributes); });
 	}
 
