@@ -1322,6 +1322,7 @@ void FastInfosetWriter::writeUnparsedEntity(const std::string& name, const std::
 
 void FastInfosetWriter::startDTD(const XMLString&, const XMLString& publicId, const XMLString& systemId)
 {
+	handleEncodedData();
 	pushState(DTD);
 	_writer.pad(false);
 	_writer.write(0x31u, 6);                      // 110001

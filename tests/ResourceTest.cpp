@@ -1,0 +1,443 @@
+//
+// ResourceTest.cpp
+//
+// What a document from a stranger can make the parser spend: the largest
+// single allocation, the memory held, the growth of the vocabulary and the
+// time of a parse, over adversarial documents.
+//
+// This file is a test program of its own: it replaces the global operator
+// new to count allocations, which must not change the other tests.
+//
+
+
+#include "Ixor/FastInfoset/BitStreamWriter.h"
+#include "Ixor/FastInfoset/Encoder.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/Stopwatch.h"
+#include "Poco/Timestamp.h"
+#include <gtest/gtest.h>
+#include <malloc.h>
+#include <cstdlib>
+#include <functional>
+#include <new>
+#include <sstream>
+#include <stdexcept>
+
+
+using namespace Ixor::FastInfoset;
+
+
+//
+// Counting allocator
+//
+namespace {
+
+
+struct Allocations
+	/// Counted only while a Measure lives, on the thread that made it.
+{
+	bool        active = false;
+	std::size_t largest = 0;
+	std::size_t live = 0;
+	std::size_t peak = 0;
+	std::size_t limit = 0;
+};
+
+
+thread_local Allocations allocations;
+
+
+void* allocate(std::size_t size)
+{
+	if (allocations.active)
+	{
+		if (size > allocations.largest) allocations.largest = size;
+		// Beyond the limit the parse fails here rather than the machine.
+		if (allocations.live + size > allocations.limit) throw std::bad_alloc();
+	}
+	void* p = std::malloc(size ? size : 1);
+	if (!p) throw std::bad_alloc();
+	if (allocations.active)
+	{
+		allocations.live += malloc_usable_size(p);
+		if (allocations.live > allocations.peak) allocations.peak = allocations.live;
+	}
+	return p;
+}
+
+
+void release(void* p) noexcept
+{
+	if (!p) return;
+	if (allocations.active)
+	{
+		const std::size_t size = malloc_usable_size(p);
+		allocations.live = allocations.live > size ? allocations.live - size : 0;
+	}
+	std::free(p);
+}
+
+
+} // namespace
+
+
+void* operator new(std::size_t size) { return allocate(size); }
+void* operator new[](std::size_t size) { return allocate(size); }
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept { try { return allocate(size); } catch (...) { return nullptr; } }
+void* operator new[](std::size_t size, const std::nothrow_t&) noexcept { try { return allocate(size); } catch (...) { return nullptr; } }
+void operator delete(void* p) noexcept { release(p); }
+void operator delete[](void* p) noexcept { release(p); }
+void operator delete(void* p, std::size_t) noexcept { release(p); }
+void operator delete[](void* p, std::size_t) noexcept { release(p); }
+void operator delete(void* p, const std::nothrow_t&) noexcept { release(p); }
+void operator delete[](void* p, const std::nothrow_t&) noexcept { release(p); }
+
+
+namespace {
+
+
+const std::size_t KB = 1024;
+const std::size_t MB = 1024 * KB;
+
+// Scratch buffers, the first chunk of a table, a stream buffer.
+const std::size_t SMALL_ALLOCATION = 64 * KB;
+const std::size_t MEMORY_LIMIT = 512 * MB;
+
+// Typed values have a longer text form than their octets: eight booleans
+// per octet, "false " each, is the most. Strings and vectors may double
+// their capacity when they grow.
+const std::size_t TEXT_PER_OCTET = 48;
+const std::size_t GROWTH = 2;
+
+#if defined(__SANITIZE_ADDRESS__)
+const double SECONDS = 5;
+#elif defined(__has_feature)
+#if __has_feature(address_sanitizer)
+const double SECONDS = 5;
+#else
+const double SECONDS = 1;
+#endif
+#else
+const double SECONDS = 1;
+#endif
+
+
+struct Measure
+{
+	explicit Measure(std::size_t limit = MEMORY_LIMIT)
+	{
+		allocations = Allocations();
+		allocations.limit = limit;
+		allocations.active = true;
+	}
+
+	~Measure()
+	{
+		allocations.active = false;
+	}
+};
+
+
+struct Outcome
+{
+	std::string error;          // empty for a document that parsed
+	std::size_t largest = 0;    // the largest single allocation
+	std::size_t peak = 0;       // the most memory held at once
+	std::size_t entries = 0;    // entries the document added to the vocabulary
+	double      seconds = 0;
+};
+
+
+std::size_t entriesOf(const DocumentVocabulary& vocabulary)
+	/// Every entry beyond those of a fresh vocabulary.
+{
+	const DocumentVocabulary fresh(DocumentVocabulary::VOC_VECTOR);
+	std::size_t entries = vocabulary.elementVocabulary()->size() + vocabulary.attributeVocabulary()->size()
+		+ vocabulary.restrictedAlphabets().alphabets().size()
+		- fresh.elementVocabulary()->size() - fresh.attributeVocabulary()->size() - fresh.restrictedAlphabets().alphabets().size();
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		const DocumentVocabulary::ID table = static_cast<DocumentVocabulary::ID>(id);
+		entries += vocabulary.vocabulary(table)->size() - fresh.vocabulary(table)->size();
+	}
+	return entries;
+}
+
+
+Outcome parse(const std::string& document, bool overStream = false)
+{
+	Ixor::XML::DefaultHandler handler;
+	FastInfosetParser parser;
+	parser.setContentHandler(&handler);
+	parser.setLoadExternalVocabularies(false);
+	std::istringstream in(document);
+	Ixor::XML::InputSource source(in);
+
+	Outcome outcome;
+	Poco::Stopwatch watch;
+	{
+		Measure measure;
+		watch.start();
+		try
+		{
+			if (overStream) parser.parse(&source);
+			else parser.parseMemoryNP(document.data(), document.size());
+		}
+		catch (const Ixor::Exception& exc)
+		{
+			outcome.error = exc.message();
+		}
+		catch (const std::exception& exc)
+		{
+			outcome.error = std::string("unexpected ") + exc.what();
+		}
+		watch.stop();
+		outcome.largest = allocations.largest;
+		outcome.peak = allocations.peak;
+	}
+	outcome.seconds = static_cast<double>(watch.elapsed()) / Poco::Timestamp::resolution();
+	outcome.entries = entriesOf(parser.vocabulary());
+	return outcome;
+}
+
+
+class Document
+	/// A document put together field by field.
+{
+public:
+	Document():
+		_writer(_out, false)
+	{
+		bits(0xE0000001u, 32).bits(0, 1);
+	}
+
+	Document& bits(unsigned int value, int count)
+	{
+		_writer.write(value, count);
+		return *this;
+	}
+
+	Document& octets(const std::string& data)
+	{
+		_writer.write(data);
+		return *this;
+	}
+
+	Document& integer(unsigned int value)
+	{
+		Encoder::integer(_writer, value);
+		return *this;
+	}
+
+	Document& length(unsigned long length)
+		/// The length of an octet string, without its octets.
+	{
+		Encoder::nonEmptyStringLength(_writer, length);
+		return *this;
+	}
+
+	Document& string(const std::string& text)
+	{
+		return length(text.size()).octets(text);
+	}
+
+	Document& repeat(std::size_t count, const std::function<void(Document&)>& item)
+	{
+		for (std::size_t i = 0; i < count; ++i) item(*this);
+		return *this;
+	}
+
+	Document& root()
+		/// No header parts, then the element "r" that index 1 names later.
+	{
+		return bits(0, 7).bits(0x3C, 8).bits(0, 1).string("r");
+	}
+
+	std::string done()
+	{
+		_writer.complete();
+		return _out.str();
+	}
+
+private:
+	std::ostringstream _out;
+	BitStreamWriter    _writer;
+};
+
+
+const unsigned long HUGE = 4000000000ul;
+
+
+std::string chunkOfAlgorithm(unsigned int algorithm, unsigned long claimed, const std::string& octets)
+	/// A root element holding one chunk of the algorithm.
+{
+	return Document().root().bits(2, 2).bits(0, 2).bits(3, 2).integer(algorithm).length(claimed).octets(octets).done();
+}
+
+
+struct Case
+{
+	const char* what;
+	std::string document;
+};
+
+
+std::vector<Case> hugeLengthCases()
+	/// Every place where the parser reads a length, each claiming about 4 GB
+	/// and followed by a few octets.
+{
+	const std::string some(20, 'x');
+	std::vector<Case> cases =
+	{
+		{"XML declaration without end", "<?xml " + std::string(100, ' ')},
+		{"additional data", Document().bits(0x40, 7).bits(0x80, 8).bits(0, 16).bits(0, 1).length(HUGE).octets(some).done()},
+		{"external vocabulary URI", Document().bits(0x20, 7).bits(0x1000, 16).bits(0, 1).length(HUGE).octets(some).done()},
+		{"restricted alphabet", Document().bits(0x20, 7).bits(0x0800, 16).bits(0, 8).bits(0, 1).length(HUGE).octets(some).done()},
+		{"prefix table with a million entries", Document().bits(0x20, 7).bits(0x0200, 16).bits(0x8F, 8).bits(0xFFFF, 16).bits(0, 1).string("p").done()},
+		{"local name", Document().bits(0, 7).bits(0x3C, 8).bits(0, 1).length(HUGE).octets(some).done()},
+		{"namespace name", Document().bits(0, 7).bits(0x3D, 8).bits(0, 1).length(HUGE).octets(some).done()},
+		{"character chunk", Document().root().bits(2, 2).bits(0, 4).length(HUGE).octets(some).done()},
+		{"UTF-16 chunk", Document().root().bits(2, 2).bits(0, 2).bits(1, 2).length(HUGE).octets(some).done()},
+		{"alphabet chunk", Document().root().bits(2, 2).bits(0, 2).bits(2, 2).integer(1).length(HUGE).octets(some).done()},
+		{"attribute value", Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a")
+			.bits(0, 4).length(HUGE).octets(some).done()},
+		{"comment", Document().root().bits(0xE2, 8).bits(0, 4).length(HUGE).octets(some).done()},
+		{"processing instruction", Document().root().bits(0xE1, 8).bits(0, 1).string("t").bits(0, 4).length(HUGE).octets(some).done()},
+	};
+	for (unsigned int algorithm = 1; algorithm <= 10; ++algorithm)
+	{
+		cases.push_back({"typed value", chunkOfAlgorithm(algorithm, HUGE - HUGE % 16, some)});
+	}
+	return cases;
+}
+
+
+} // namespace
+
+
+TEST(ResourceTest, LengthsBeyondTheInputAllocateNothingBig)
+{
+	for (const Case& c: hugeLengthCases())
+	{
+		for (bool overStream: {false, true})
+		{
+			SCOPED_TRACE(std::string(c.what) + (overStream ? " over a stream" : ""));
+			const Outcome outcome = parse(c.document, overStream);
+			EXPECT_FALSE(outcome.error.empty());
+			EXPECT_EQ(std::string::npos, outcome.error.find("unexpected"));
+			EXPECT_LE(outcome.largest, SMALL_ALLOCATION);
+		}
+	}
+}
+
+
+namespace {
+
+
+std::vector<Case> largeCases()
+	/// Documents of up to 1 MB that are cheap to write and make the parser
+	/// work: many small items, long items, deep nesting.
+{
+	const std::size_t N = 300000;
+	return
+	{
+		{"tiny chunks added to the table",
+			Document().root().repeat(N, [](Document& d) { d.bits(0x90, 8).bits('x', 8); }).bits(0xFF, 8).done()},
+		{"tiny comments added to the table",
+			Document().root().repeat(N, [](Document& d) { d.bits(0xE2, 8).bits(0x40, 8).bits('x', 8); }).bits(0xFF, 8).done()},
+		{"element names added to the table",
+			// Each element ends in the octet where the next one starts.
+			Document().root().repeat(N / 2, [](Document& d) { d.bits(0x3C, 8).bits(0, 1).string("e").bits(0xF, 4).bits(0, 4); })
+				.bits(0x3C, 8).bits(0, 1).string("e").bits(0xFFF, 12).done()},
+		{"local names of the initial vocabulary",
+			Document().bits(0x20, 7).bits(0x0080, 16).bits(0x8F, 8).bits(0xFFFF, 16)
+				.repeat(N, [](Document& d) { d.bits(0, 1).string("n"); }).done()},
+		{"alphabets of the initial vocabulary",
+			Document().bits(0x20, 7).bits(0x0800, 16).bits(0x8F, 8).bits(0xFFFF, 16)
+				.repeat(N, [](Document& d) { d.bits(0, 1).string("ab"); }).done()},
+		{"one long chunk", Document().root().bits(2, 2).bits(0, 4).string(std::string(MB - 100, 'x')).bits(0xFF, 8).done()},
+		{"one long boolean value", chunkOfAlgorithm(6, MB - 100, std::string(MB - 100, '\x55')) + '\xff'},
+		{"deep nesting", Document().root().repeat(MB - 100, [](Document& d) { d.bits(0, 8); }).done()},
+		{"nesting to the limit", Document().root().repeat(9999, [](Document& d) { d.bits(0, 8); })
+			.repeat(5000, [](Document& d) { d.bits(0xFF, 8); }).bits(0xF0, 8).done()},
+		{"many namespace declarations",
+			Document().bits(0, 7).bits(0x38, 8).repeat(MB - 100, [](Document& d) { d.bits(0xCC, 8); })
+				.bits(0xF, 4).bits(0, 6).bits(0xF, 4).bits(0, 2).bits(0, 1).string("r").bits(0xFF, 8).done()},
+		{"many attributes",
+			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x40, 8).bits('v', 8)
+				.repeat(N, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+		{"a long attribute value repeated by index",
+			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
+				.string(std::string(MB / 2, 'v')).repeat(N / 2, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+		{"a long attribute value repeated on many elements",
+			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
+				.string(std::string(2 * MB / 5, 'v')).bits(0xF, 4).bits(0, 4)
+				.repeat(N / 2, [](Document& d) { d.bits(0x40, 8).bits(0x00, 8).bits(0x80, 8).bits(0xFF, 8); }).bits(0xFF, 8).done()},
+	};
+}
+
+
+} // namespace
+
+
+TEST(ResourceTest, LargeDocumentsStayWithinTimeMemoryAndVocabulary)
+{
+	for (const Case& c: largeCases())
+	{
+		SCOPED_TRACE(c.what);
+		ASSERT_LT(c.document.size(), MB);
+		const Outcome outcome = parse(c.document);
+		EXPECT_EQ(std::string::npos, outcome.error.find("unexpected")) << outcome.error;
+		EXPECT_LT(outcome.seconds, SECONDS);
+		// Every entry takes at least one octet of the document.
+		EXPECT_LE(outcome.entries, c.document.size());
+		EXPECT_LE(outcome.largest, SMALL_ALLOCATION + GROWTH * TEXT_PER_OCTET * c.document.size());
+		EXPECT_LE(outcome.peak, MB + 2 * GROWTH * TEXT_PER_OCTET * c.document.size());
+	}
+}
+
+
+TEST(ResourceTest, DepthIsLimitedByDefault)
+{
+	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](Document& d) { d.bits(0, 8); }).done();
+	EXPECT_EQ("Maximum element depth exceeded", parse(deep).error);
+	EXPECT_EQ(10000u, FastInfosetParser().getMaxElementDepth());
+}
+
+
+TEST(ResourceTest, AttributeValuesByIndexAreReportedLikeCopies)
+{
+	struct Values: public Ixor::XML::DefaultHandler
+	{
+		std::vector<std::string> elements;
+
+		void startElement(const std::string&, const std::string&, const std::string&, const Ixor::XML::Attributes& attributes) override
+		{
+			std::string values;
+			for (int i = 0; i < attributes.getLength(); ++i) values += attributes.getValue(i) + "|";
+			elements.push_back(values + attributes.getValue("", "a"));
+		}
+	};
+
+	// Values by index refer to the vocabulary; the list's slots alternate
+	// between referring and copying from one element to the next.
+	const std::string document = Document().bits(0, 7)
+		.bits(0x7C, 8).bits(0, 1).string("r")
+		.bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4).string("v1")   // "v1", added to the table
+		.bits(0, 1).integer(1).bits(1, 1).integer(1)                      // value 1 by index
+		.bits(0, 1).integer(1).bits(0, 4).string("w")                     // "w", not added
+		.bits(0xF, 4).bits(0, 4)
+		.bits(0x40, 8)
+		.bits(0, 1).integer(1).bits(0, 4).string("x")
+		.bits(0, 1).integer(1).bits(1, 1).integer(1)
+		.bits(0xFF, 8).bits(0xFF, 8).done();
+	Values handler;
+	FastInfosetParser parser;
+	parser.setContentHandler(&handler);
+	parser.parseMemoryNP(document.data(), document.size());
+	const std::vector<std::string> expected = {"v1|v1|w|v1", "x|v1|x"};
+	EXPECT_EQ(expected, handler.elements);
+}
