@@ -84,6 +84,7 @@ void FastInfosetParser::init()
 	_pFISContentHandler = 0;
 	_namespacePrefixes = true;
 	_maxElementDepth = DEFAULT_MAX_ELEMENT_DEPTH;
+	_maxNamespaceDeclarations = DEFAULT_MAX_NAMESPACE_DECLARATIONS;
 	_loadExternalVocabularies = true;
 	_namespaceDeclarations.reserve(16);
 	_xmlDeclaration.reserve(SCRATCH_SIZE);
@@ -250,6 +251,18 @@ void FastInfosetParser::setLoadExternalVocabularies(bool load)
 bool FastInfosetParser::getLoadExternalVocabularies() const
 {
 	return _loadExternalVocabularies;
+}
+
+
+void FastInfosetParser::setMaxNamespaceDeclarations(std::size_t count)
+{
+	_maxNamespaceDeclarations = count;
+}
+
+
+std::size_t FastInfosetParser::getMaxNamespaceDeclarations() const
+{
+	return _maxNamespaceDeclarations;
 }
 
 
@@ -706,6 +719,8 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 		if (!r.read(bits, 4)) throw FISParseException(END_OF_ELEMENT);
 		while (bits != 15)
 		{
+			if (_namespaceDeclarations.size() >= _maxNamespaceDeclarations)
+				throw FISParseException("Maximum number of namespace declarations exceeded");
 			r.skip(2);
 			parseNamespaceAttribute(r);
 			if (!r.read(bits, 4)) throw FISParseException(END_OF_ELEMENT);

@@ -315,6 +315,24 @@ TEST(ParserTest, DeepNestingIsLimited)
 		parser.parseMemoryNP(document.data(), document.size());
 	}));
 
+	// Every element that ends reports the declarations of the element read
+	// last again: their number per element is limited too.
+	std::ostringstream declarations;
+	{
+		FastInfosetWriter w(declarations, false, DocumentVocabulary::VOC_MAP);
+		w.startDocument();
+		for (int i = 0; i < 11; ++i) w.startPrefixMapping("p" + std::to_string(i), "u");
+		w.emptyElement("", "e", "e");
+		w.endDocument();
+	}
+	const std::string declared = declarations.str();
+	FastInfosetParser limited;
+	limited.setMaxNamespaceDeclarations(10);
+	EXPECT_EQ("Maximum number of namespace declarations exceeded",
+		messageOf<FISParseException>([&] { limited.parseMemoryNP(declared.data(), declared.size()); }));
+	limited.setMaxNamespaceDeclarations(11);
+	limited.parseMemoryNP(declared.data(), declared.size());
+
 	// Closed properly, the same depth is read when the limit allows it.
 	document += std::string(depth / 2, '\xff') + '\xf0';
 	FastInfosetParser parser;

@@ -72,6 +72,7 @@ public:
 	static const std::string EMPTY_STRING;
 
 	static const std::size_t DEFAULT_MAX_ELEMENT_DEPTH = 10000;
+	static const std::size_t DEFAULT_MAX_NAMESPACE_DECLARATIONS = 10000;
 
 	explicit FastInfosetParser(DocumentVocabulary::VocabularyImpl impl = DocumentVocabulary::VOC_VECTOR);
 		/// A parser whose vocabulary has tables of the given kind. Vector
@@ -132,6 +133,15 @@ public:
 		/// off, such documents raise FISException "External vocabulary
 		/// loading is disabled"; a vocabulary given in advance under the
 		/// URI is still used.
+
+	void setMaxNamespaceDeclarations(std::size_t count);
+	std::size_t getMaxNamespaceDeclarations() const;
+		/// The most namespace declarations accepted on one element (default
+		/// 10000); more raise FISParseException "Maximum number of namespace
+		/// declarations exceeded". Every element that ends reports again the
+		/// declarations of the element read last, so a deep document whose
+		/// innermost element declares many namespaces would make a small
+		/// input report a great many events.
 
 	void setMaxElementDepth(std::size_t depth);
 	std::size_t getMaxElementDepth() const;
@@ -271,6 +281,7 @@ private:
 	Ixor::AutoPtr<Encoding>        _pTypedValue;
 	std::vector<const NameEntry*>  _openElements;
 	std::size_t                    _maxElementDepth;
+	std::size_t                    _maxNamespaceDeclarations;
 	bool                           _loadExternalVocabularies;
 
 	// Direct views of the vocabulary's tables, by table identifier and
