@@ -273,3 +273,32 @@ TEST(RoundTripTest, EachRunOfTypedValuesHoldsOnlyItsOwnValues)
 	};
 	EXPECT_EQ(expected, parsed(document));
 }
+
+
+TEST(RoundTripTest, StreamsGiveTheEventsOfMemoryWhereverTheRefillFalls)
+{
+	// An XML declaration of growing length in front of the document moves
+	// the stream reader's refill across every kind of item.
+	for (const std::string& path: dataFiles())
+	{
+		SCOPED_TRACE(path);
+		std::ostringstream fi;
+		{
+			FastInfosetWriter writer(fi, false, DocumentVocabulary::VOC_MAP);
+			parseXML(path, false, &writer, &writer, &writer);
+		}
+		const std::string body = fi.str();
+		const std::vector<std::string> fromMemory = parsed(body);
+		for (std::size_t padding = 0; padding < 64; padding += 3)
+		{
+			const std::string document = "<?xml encoding='finf'" + std::string(padding, ' ') + "?>" + body;
+			EventRecorder recorder;
+			FastInfosetParser parser;
+			recorder.attachTo(parser);
+			std::istringstream in(document);
+			Ixor::XML::InputSource source(in);
+			parser.parse(&source);
+			ASSERT_EQ("", firstDifference(fromMemory, recorder.lines)) << "padding " << padding;
+		}
+	}
+}

@@ -338,3 +338,39 @@ TEST(WriterTest, FailingStreamRaisesIOException)
 	EXPECT_EQ("error while writing Fast Infoset document to stream", messageOf<Ixor::IOException>([&] { writer.endDocument(); }));
 	out.clear();
 }
+
+
+TEST(WriterTest, IndexesComeOutAlikeOnTheQuickAndTheGeneralPath)
+{
+	// Inside a CDATA section text and attribute values take the general
+	// path; given by index they have the same bits there. Indexes around
+	// every boundary between the integer forms.
+	DocumentVocabulary vocabulary(DocumentVocabulary::VOC_MAP);
+	bool found = false;
+	for (int i = 1; i <= 8300; ++i)
+	{
+		vocabulary.index(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, "c" + std::to_string(i), found);
+		vocabulary.index(DocumentVocabulary::ATTRIBUTE_VALUE, "v" + std::to_string(i), found);
+	}
+	auto write = [&](bool cdata)
+	{
+		std::ostringstream out;
+		{
+			FastInfosetWriter w(out, false, vocabulary);
+			w.setExternalVocabulary("urn:v", vocabulary);
+			w.startDocument();
+			w.startElement("", "r", "r");
+			if (cdata) w.startCDATA();
+			for (int i: {1, 16, 17, 64, 65, 1040, 1041, 8256, 8257})
+			{
+				w.characters("c" + std::to_string(i));
+				w.emptyElement("", "e", "e", attributes({{"a", ("v" + std::to_string(i)).c_str()}}));
+			}
+			if (cdata) w.endCDATA();
+			w.endElement("", "r", "r");
+			w.endDocument();
+		}
+		return toHex(out.str());
+	};
+	EXPECT_EQ(write(false), write(true));
+}
