@@ -1200,7 +1200,7 @@ void FastInfosetParser::AttributeList::add(const NameEntry& name, const char* va
 	Entry& entry = next();
 	entry.pName = &name;
 	entry.copy.assign(value, length);
-	entry.pValue = &entry.copy;
+	entry.pValue = nullptr;
 }
 
 
@@ -1264,21 +1264,21 @@ const XMLString& FastInfosetParser::AttributeList::getType(const XMLString&, con
 const XMLString& FastInfosetParser::AttributeList::getValue(int i) const
 {
 	poco_assert (0 <= i && i < _count);
-	return *_entries[i].pValue;
+	return _entries[i].value();
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& qname) const
 {
 	int i = getIndex(qname);
-	return i < 0 ? EMPTY_STRING : *_entries[i].pValue;
+	return i < 0 ? EMPTY_STRING : _entries[i].value();
 }
 
 
 const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& uri, const XMLString& localName) const
 {
 	int i = getIndex(uri, localName);
-	return i < 0 ? EMPTY_STRING : *_entries[i].pValue;
+	return i < 0 ? EMPTY_STRING : _entries[i].value();
 }
 
 

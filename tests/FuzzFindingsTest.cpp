@@ -9,6 +9,7 @@
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
+#include "TestSupport.h"
 #include <gtest/gtest.h>
 #include <sstream>
 
@@ -43,4 +44,27 @@ TEST(FuzzFindingsTest, TypedValuesStayBeforeADocumentTypeDeclaration)
 		"startDocument", "startElement {}r ", "int 5", "startDTD  public= system=r.dtd", "endDTD", "int 6", "endElement {}r ", "endDocument"
 	};
 	EXPECT_EQ(expected, recorder.lines);
+}
+
+
+TEST(FuzzFindingsTest, AttributeValuesOutsideTheTableOutliveMoreAttributes)
+{
+	// Values that are not added to the table are copies; an element with more
+	// attributes than the list holds at first moved them (regressions/
+	// attribute-values-outside-the-table, found under AddressSanitizer).
+	std::string document = fromHex("e0 00 00 01 00 7c 00") + "r";
+	std::string expected = "startElement {}r ";
+	for (char name = 'a'; name <= 'z'; ++name)
+	{
+		const std::string value = std::string("v") + name + name + name;
+		document += fromHex("78 00") + name + fromHex("03") + value;
+		expected += std::string(" {}") + name + "[|]=" + value;
+	}
+	document += fromHex("ff f0");
+	EventRecorder recorder;
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	parser.parseMemoryNP(document.data(), document.size());
+	ASSERT_EQ(4u, recorder.lines.size());
+	EXPECT_EQ(expected, recorder.lines[1]);
 }

@@ -189,8 +189,14 @@ protected:
 		struct Entry
 		{
 			const NameEntry* pName;
-			const std::string* pValue;
+			const std::string* pValue; // null: the value is the entry's own copy
 			std::string copy;
+
+			const std::string& value() const
+			{
+				// No pointer to copy is kept: it would dangle once the entries move.
+				return pValue ? *pValue : copy;
+			}
 		};
 
 		Entry& next();
