@@ -273,24 +273,7 @@ Vocabulary<T>* HashVocabulary<T>::subtract(const Vocabulary<T>& other) const
 {
 	// The result has no placeholder, but it must have slots before its first
 	// entry: with this table's capacity every entry of this table fits.
-	HashVocabulary<T>* pResult = new HashVocabulary<T>(DontInitialize(), _capacity);
-	try
-	{
-		bool found;
-		const std::size_t n = this->_index.size();
-		for (std::size_t i = 0; i < n; ++i)
-		{
-			const T& entry = this->_index[i];
-			other.exists(entry, found);
-			if (!found) pResult->index(entry, found);
-		}
-	}
-	catch (...)
-	{
-		delete pResult;
-		throw;
-	}
-	return pResult;
+	return this->fillDifference(new HashVocabulary<T>(DontInitialize(), _capacity), other);
 }
 
 

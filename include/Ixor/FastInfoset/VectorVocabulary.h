@@ -114,24 +114,7 @@ bool VectorVocabulary<T>::empty() const
 template <class T>
 Vocabulary<T>* VectorVocabulary<T>::subtract(const Vocabulary<T>& other) const
 {
-	VectorVocabulary<T>* pResult = new VectorVocabulary<T>(DontInitialize());
-	try
-	{
-		bool found;
-		const std::size_t n = this->_index.size();
-		for (std::size_t i = 0; i < n; ++i)
-		{
-			const T& entry = this->_index[i];
-			other.exists(entry, found);
-			if (!found) pResult->index(entry, found);
-		}
-	}
-	catch (...)
-	{
-		delete pResult;
-		throw;
-	}
-	return pResult;
+	return this->fillDifference(new VectorVocabulary<T>(DontInitialize()), other);
 }
 
 

@@ -66,6 +66,10 @@ protected:
 	Vocabulary(const Vocabulary& other);
 	Vocabulary& operator = (const Vocabulary& other);
 
+	Vocabulary<T>* fillDifference(Vocabulary<T>* pResult, const Vocabulary<T>& other) const;
+		/// subtract() for every kind: adds to the empty pResult the entries
+		/// that other lacks and returns it; deletes it if that throws.
+
 	VerbTable<T> _index;
 };
 
@@ -108,6 +112,29 @@ Vocabulary<T>& Vocabulary<T>::operator = (const Vocabulary& other)
 template <class T>
 Vocabulary<T>::~Vocabulary()
 {
+}
+
+
+template <class T>
+Vocabulary<T>* Vocabulary<T>::fillDifference(Vocabulary<T>* pResult, const Vocabulary<T>& other) const
+{
+	try
+	{
+		bool found;
+		const std::size_t n = _index.size();
+		for (std::size_t i = 0; i < n; ++i)
+		{
+			const T& entry = _index[i];
+			other.exists(entry, found);
+			if (!found) pResult->index(entry, found);
+		}
+	}
+	catch (...)
+	{
+		delete pResult;
+		throw;
+	}
+	return pResult;
 }
 
 
