@@ -318,27 +318,13 @@ void DocumentDumper::dumpHeaderParts(Reader& r, const Decoder::OpenHeaderParts& 
 {
 	if (parts.notations)
 	{
-		unsigned char id = 0;
-		if (!r.read(id, 6)) throw FISParseException("Unexpected end of stream while parsing notation");
-		while (id == 0x30)
-		{
-			dumpNotation(r);
-			if (!r.read(id, 6)) throw FISParseException("Unexpected end of stream while parsing notation");
-		}
-		if (id != 60) throw FISEncodingException("Notations do not end with a terminator");
-		r.skip(2);
+		dumpDeclarations(r, 6, 0x30, 60, "Unexpected end of stream while parsing notation",
+			"Notations do not end with a terminator", &DocumentDumper::dumpNotation);
 	}
 	if (parts.unparsedEntities)
 	{
-		unsigned char id = 0;
-		if (!r.read(id, 7)) throw FISParseException("Unexpected end of stream while parsing unparsed entity");
-		while (id == 0x68)
-		{
-			dumpUnparsedEntity(r);
-			if (!r.read(id, 7)) throw FISParseException("Unexpected end of stream while parsing unparsed entity");
-		}
-		if (id != 120) throw FISEncodingException("Unparsed entities do not end with a terminator");
-		r.skip(1);
+		dumpDeclarations(r, 7, 0x68, 120, "Unexpected end of stream while parsing unparsed entity",
+			"Unparsed entities do not end with a terminator", &DocumentDumper::dumpUnparsedEntity);
 	}
 	if (parts.characterEncodingScheme)
 	{
@@ -359,6 +345,23 @@ void DocumentDumper::dumpHeaderParts(Reader& r, const Decoder::OpenHeaderParts& 
 		readNonIdentifying(r, DocumentVocabulary::OTHER_STRING, version);
 		_out << "  version: " << TextFormat::quoted(version.value) << "  " << version.how << " (not reported)\n";
 	}
+}
+
+
+void DocumentDumper::dumpDeclarations(Reader& r, int idBits, unsigned char itemId, unsigned char terminator,
+	const char* endMessage, const char* unterminatedMessage, void (DocumentDumper::*dumpItem)(Reader&))
+	/// Items whose identification takes idBits bits, up to the terminator
+	/// and the padding to the next octet.
+{
+	unsigned char id = 0;
+	if (!r.read(id, idBits)) throw FISParseException(endMessage);
+	while (id == itemId)
+	{
+		(this->*dumpItem)(r);
+		if (!r.read(id, idBits)) throw FISParseException(endMessage);
+	}
+	if (id != terminator) throw FISEncodingException(unterminatedMessage);
+	r.skip(8 - idBits);
 }
 
 

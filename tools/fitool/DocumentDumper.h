@@ -85,6 +85,8 @@ private:
 	void listTable(const std::string& label, DocumentVocabulary::ID id, std::size_t from);
 	void listNames(const std::string& label, bool element, std::size_t from);
 	void dumpHeaderParts(Reader& r, const Ixor::FastInfoset::Decoder::OpenHeaderParts& parts);
+	void dumpDeclarations(Reader& r, int idBits, unsigned char itemId, unsigned char terminator,
+		const char* endMessage, const char* unterminatedMessage, void (DocumentDumper::*dumpItem)(Reader&));
 	void dumpNotation(Reader& r);
 	void dumpUnparsedEntity(Reader& r);
 
