@@ -403,7 +403,7 @@ TEST(ResourceTest, LargeDocumentsStayWithinTimeMemoryAndVocabulary)
 TEST(ResourceTest, DepthIsLimitedByDefault)
 {
 	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](Document& d) { d.bits(0, 8); }).done();
-	EXPECT_EQ("Maximum element depth exceeded", parse(deep).error);
+	EXPECT_EQ("Maximum element depth exceeded (at octet " + std::to_string(deep.size() - 1) + ")", parse(deep).error);
 	EXPECT_EQ(10000u, FastInfosetParser().getMaxElementDepth());
 }
 

@@ -180,7 +180,7 @@ TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
 		"startPrefixMapping =urn:default",
 		"startPrefixMapping a=urn:a",
 		"startPrefixMapping b=urn:b",
-		"startElement {urn:default}root  {urn:a}x[|]=1 {}y[|]=",
+		"startElement {urn:default}root root {urn:a}x[a:x|CDATA]=1 {}y[y|CDATA]=",
 		"startPrefixMapping ns1=urn:generated",
 		"startElement {urn:generated}child ns1:child",
 		"characters text",
@@ -196,9 +196,11 @@ TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
 		"startElement {urn:b}leaf b:leaf",
 		"endElement {urn:b}leaf b:leaf",
 		"endPrefixMapping ns1",
-		// The declaration list is the one of the element read last.
-		"endElement {urn:default}root ",
-		"endPrefixMapping ns1",
+		// Each element's own declarations end after it, last declared first.
+		"endElement {urn:default}root root",
+		"endPrefixMapping b",
+		"endPrefixMapping a",
+		"endPrefixMapping ",
 		"endDocument",
 	};
 	EXPECT_EQ(expected, parsed(out.str()));
@@ -224,25 +226,25 @@ TEST(RoundTripTest, TypedValuesArriveTypedOrAsText)
 	});
 	const std::vector<std::string> typed =
 	{
-		"startDocument", "startElement {}r ", "short -32768", "short 32767",
-		"startElement {}i ", "int -2147483648", "int 2147483647", "endElement {}i ",
-		"startElement {}l ", "long -9223372036854775808", "endElement {}l ",
-		"startElement {}b ", "bool true", "bool false", "bool true", "endElement {}b ",
-		"startElement {}f ", "float 1.5", "float 0", "endElement {}f ",
-		"startElement {}d ", "double -2.25", "endElement {}d ",
-		"startElement {}u ", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8", "endElement {}u ",
-		"startElement {}x ", "binaryData 00FF10", "endElement {}x ",
-		"endElement {}r ", "endDocument",
+		"startDocument", "startElement {}r r", "short -32768", "short 32767",
+		"startElement {}i i", "int -2147483648", "int 2147483647", "endElement {}i i",
+		"startElement {}l l", "long -9223372036854775808", "endElement {}l l",
+		"startElement {}b b", "bool true", "bool false", "bool true", "endElement {}b b",
+		"startElement {}f f", "float 1.5", "float 0", "endElement {}f f",
+		"startElement {}d d", "double -2.25", "endElement {}d d",
+		"startElement {}u u", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8", "endElement {}u u",
+		"startElement {}x x", "binaryData 00FF10", "endElement {}x x",
+		"endElement {}r r", "endDocument",
 	};
 	EXPECT_EQ(typed, parsed(document));
 
 	const std::vector<std::string> text = parsed(document, false);
 	const std::vector<std::string> expectedText =
 	{
-		"startElement {}r ", "characters -32768 32767",
-		"startElement {}i ", "characters -2147483648 2147483647", "endElement {}i ",
-		"startElement {}l ", "characters -9223372036854775808", "endElement {}l ",
-		"startElement {}b ", "characters true false true", "endElement {}b ",
+		"startElement {}r r", "characters -32768 32767",
+		"startElement {}i i", "characters -2147483648 2147483647", "endElement {}i i",
+		"startElement {}l l", "characters -9223372036854775808", "endElement {}l l",
+		"startElement {}b b", "characters true false true", "endElement {}b b",
 	};
 	ASSERT_GE(text.size(), expectedText.size());
 	EXPECT_EQ(expectedText, std::vector<std::string>(text.begin(), text.begin() + expectedText.size()));
@@ -268,8 +270,8 @@ TEST(RoundTripTest, EachRunOfTypedValuesHoldsOnlyItsOwnValues)
 	});
 	const std::vector<std::string> expected =
 	{
-		"startDocument", "startElement {}r ", "int 1", "int 2", "startElement {}e ", "endElement {}e ",
-		"int 3", "short 4", "int 5", "binaryData 01", "characters t", "binaryData 0203", "endElement {}r ", "endDocument",
+		"startDocument", "startElement {}r r", "int 1", "int 2", "startElement {}e e", "endElement {}e e",
+		"int 3", "short 4", "int 5", "binaryData 01", "characters t", "binaryData 0203", "endElement {}r r", "endDocument",
 	};
 	EXPECT_EQ(expected, parsed(document));
 }

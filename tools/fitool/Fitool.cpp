@@ -4,6 +4,7 @@
 #include "OutputFile.h"
 #include "SizeAndSpeed.h"
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Ixor/FastInfoset/FISException.h"
 #include "Poco/Environment.h"
 #include "Poco/NumberFormatter.h"
 #include <ostream>
@@ -118,6 +119,11 @@ void Fitool::decode(InputFile& input, const std::string& output, const Transcode
 	try
 	{
 		Transcoder::decode(input.stream(), out.stream(), options);
+	}
+	catch (const Ixor::FastInfoset::FISException&)
+	{
+		// The parser's own messages say at which octet.
+		throw;
 	}
 	catch (...)
 	{
