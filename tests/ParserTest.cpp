@@ -319,6 +319,89 @@ TEST(ParserTest, OneParserReadsSeveralDocuments)
 }
 
 
+namespace {
+
+
+class OneWayBuf: public std::streambuf
+	/// A stream buffer over a string that cannot seek, as a pipe or socket.
+{
+public:
+	explicit OneWayBuf(const std::string& data):
+		_data(data)
+	{
+		char* p = const_cast<char*>(_data.data());
+		setg(p, p, p + _data.size());
+	}
+
+private:
+	std::string _data;
+};
+
+
+} // namespace
+
+
+TEST(ParserTest, SeveralDocumentsFollowOneAnother)
+{
+	// Documents of different sizes, one larger than the reader's buffer, one
+	// whose last octet holds the terminators of element and document.
+	std::vector<std::string> documents;
+	std::vector<std::string> expected;
+	for (std::size_t size: {10, 3000, 1})
+	{
+		std::ostringstream out;
+		{
+			FastInfosetWriter w(out);
+			w.startDocument();
+			w.startElement("", "r", "r");
+			w.characters(std::string(size, 'x'));
+			w.endElement("", "r", "r");
+			w.endDocument();
+		}
+		documents.push_back(out.str());
+		expected.push_back("startDocument\nstartElement {}r r\ncharacters " + std::string(size, 'x') + "\nendElement {}r r\nendDocument\n");
+	}
+	const std::string all = documents[0] + documents[1] + documents[2];
+
+	std::stringstream seekable(all);
+	OneWayBuf oneWay(all);
+	std::istream unseekable(&oneWay);
+	for (std::istream* pStream: {static_cast<std::istream*>(&seekable), &unseekable})
+	{
+		SCOPED_TRACE(pStream == &seekable ? "a stream that seeks" : "a stream that cannot seek");
+		FastInfosetParser parser;
+		EventRecorder recorder;
+		recorder.attachTo(parser);
+		for (std::size_t i = 0; i < documents.size(); ++i)
+		{
+			recorder.lines.clear();
+			Ixor::XML::InputSource source(*pStream);
+			parser.parse(&source);
+			EXPECT_EQ(expected[i], recorder.text());
+			EXPECT_EQ(documents[i].size(), parser.lastDocumentSize());
+		}
+		// The stream is at its end: a fourth parse finds no document.
+		Ixor::XML::InputSource source(*pStream);
+		EXPECT_THROW(parser.parse(&source), FISException);
+	}
+	EXPECT_EQ(static_cast<std::streamoff>(all.size()), (seekable.clear(), seekable.tellg()));
+
+	// In memory, each document starts where the last one ended.
+	FastInfosetParser parser;
+	EventRecorder recorder;
+	recorder.attachTo(parser);
+	std::size_t offset = 0;
+	for (const std::string& events: expected)
+	{
+		recorder.lines.clear();
+		parser.parseMemoryNP(all.data() + offset, all.size() - offset);
+		EXPECT_EQ(events, recorder.text());
+		offset += parser.lastDocumentSize();
+	}
+	EXPECT_EQ(all.size(), offset);
+}
+
+
 TEST(ParserTest, ReEncodingGivesTheSameOctets)
 {
 	const std::string document = sampleDocument();

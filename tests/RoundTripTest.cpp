@@ -1,3 +1,4 @@
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
@@ -6,6 +7,7 @@
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
 #include <gtest/gtest.h>
@@ -123,6 +125,135 @@ TEST(RoundTripTest, DataFilesKeepTheirEventsThroughWriterAndParser)
 			parser.parseMemoryNP(octets.data(), octets.size());
 			EXPECT_EQ("", firstDifference(original.lines, decoded.lines));
 			EXPECT_LT(octets.size(), std::ifstream(path, std::ios::binary | std::ios::ate).tellg());
+		}
+	}
+}
+
+
+namespace {
+
+
+class HostEvents: public Ixor::XML::ContentHandler, public Ixor::XML::LexicalHandler, public Ixor::XML::DTDHandler
+	/// Every event as a line, as the host's parser and ours must both report
+	/// it, except what the format does not keep: how text is cut into
+	/// characters() calls, CDATA markers, and what is inside the DTD.
+{
+public:
+	explicit HostEvents(bool blankQNames = false):
+		_blankQNames(blankQNames)
+	{
+	}
+
+	std::vector<std::string> lines;
+
+	void attachTo(XMLReader& reader)
+	{
+		reader.setContentHandler(this);
+		reader.setDTDHandler(this);
+		reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(this));
+	}
+
+	void setDocumentLocator(const Ixor::XML::Locator*) override {}
+	void startDocument() override { add("startDocument"); }
+	void endDocument() override { add("endDocument"); }
+
+	void startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes) override
+	{
+		std::string line = "startElement {" + uri + "}" + localName + " " + qualified(qname);
+		const Ixor::XML::AttributesImpl* pList = dynamic_cast<const Ixor::XML::AttributesImpl*>(&attributes);
+		if (!pList) line += " (not the host's list)";
+		for (int i = 0; i < attributes.getLength(); ++i)
+		{
+			line += " {" + attributes.getURI(i) + "}" + attributes.getLocalName(i) + "[" + qualified(attributes.getQName(i)) + "|"
+				+ attributes.getType(i) + "]=" + attributes.getValue(i);
+		}
+		add(line);
+	}
+
+	void endElement(const std::string& uri, const std::string& localName, const std::string& qname) override
+	{
+		add("endElement {" + uri + "}" + localName + " " + qualified(qname));
+	}
+
+	void characters(const char ch[], int start, int length) override
+	{
+		if (_inDTD) return;
+		if (!lines.empty() && lines.back().compare(0, 11, "characters ") == 0) lines.back().append(ch + start, length);
+		else add("characters " + std::string(ch + start, length));
+	}
+
+	void ignorableWhitespace(const char ch[], int start, int length) override { characters(ch, start, length); }
+	void processingInstruction(const std::string& target, const std::string& data) override { add("pi " + target + " " + data); }
+	void startPrefixMapping(const std::string& prefix, const std::string& uri) override { add("startPrefixMapping " + prefix + "=" + uri); }
+	void endPrefixMapping(const std::string& prefix) override { add("endPrefixMapping " + prefix); }
+	void skippedEntity(const std::string& name) override { add("skippedEntity " + name); }
+
+	void startDTD(const std::string&, const std::string& publicId, const std::string& systemId) override
+	{
+		add("startDTD public=" + publicId + " system=" + systemId);
+		_inDTD = true;
+	}
+	void endDTD() override { _inDTD = false; add("endDTD"); }
+	void startEntity(const std::string&) override {}
+	void endEntity(const std::string&) override {}
+	void startCDATA() override {}
+	void endCDATA() override {}
+	void comment(const char ch[], int start, int length) override { add("comment " + std::string(ch + start, length)); }
+
+	void notationDecl(const std::string& name, const std::string*, const std::string*) override { add("notation " + name); }
+	void unparsedEntityDecl(const std::string& name, const std::string*, const std::string&, const std::string&) override { add("unparsedEntity " + name); }
+
+private:
+	void add(const std::string& line)
+	{
+		if (!_inDTD) lines.push_back(line);
+	}
+
+	std::string qualified(const std::string& qname) const
+	{
+		return _blankQNames ? std::string() : qname;
+	}
+
+	bool _blankQNames;
+	bool _inDTD = false;
+};
+
+
+} // namespace
+
+
+TEST(RoundTripTest, TheParserReportsWhatTheHostParserReports)
+{
+	// The host's parser with namespace prefixes off reports a stale
+	// namespace name for an unprefixed element after a prefixed one; with
+	// them on it is right, and what it reports then, without qualified
+	// names, is what is right with them off.
+	for (const std::string& path: dataFiles())
+	{
+		std::ifstream xml(path, std::ios::binary);
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi, 0, 16);
+		const std::string document = fi.str();
+		for (bool prefixes: {true, false})
+		{
+			SCOPED_TRACE(path + (prefixes ? " with namespace prefixes" : " without namespace prefixes"));
+			HostEvents expected(!prefixes);
+			{
+				std::ifstream in(path, std::ios::binary);
+				Ixor::XML::SAXParser host;
+				host.setFeature(XMLReader::FEATURE_NAMESPACES, true);
+				host.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+				expected.attachTo(host);
+				Ixor::XML::InputSource source(in);
+				host.parse(&source);
+			}
+			HostEvents actual;
+			FastInfosetParser parser;
+			parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, prefixes);
+			actual.attachTo(parser);
+			parser.parseMemoryNP(document.data(), document.size());
+			EXPECT_EQ("", firstDifference(expected.lines, actual.lines));
+			EXPECT_GT(expected.lines.size(), 20u);
 		}
 	}
 }
