@@ -341,9 +341,12 @@ void Decoder::encodedCharacterString(BitStreamReader& aReader, std::string& text
 		StringDecoder::decodeUTF16(octets, text);
 		break;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
-		integer(aReader, index);
-		nonEmptyOctetString(aReader, octets);
-		StringDecoder::decodeAlphabet(octets, FastDecoding::alphabetAt(vocabulary.restrictedAlphabets(), index), text);
+		{
+			integer(aReader, index);
+			const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(vocabulary.restrictedAlphabets(), index);
+			nonEmptyOctetString(aReader, octets);
+			StringDecoder::decodeAlphabet(octets, alphabet, text);
+		}
 		break;
 	default:
 		{

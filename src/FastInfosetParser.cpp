@@ -65,6 +65,19 @@ namespace
 		"other URI", "attribute value", "other string", "content character chunk", "element name", "attribute name"
 	};
 
+	class FaultReport: public Ixor::XML::SAXParseException
+		/// What an error handler receives: the message of the exception that
+		/// follows, as it stands (the host's own adds a location in words).
+	{
+	public:
+		explicit FaultReport(const std::string& text):
+			Ixor::XML::SAXParseException(text, std::string(), std::string(), 0, 0)
+		{
+			message(text);
+		}
+	};
+
+
 	[[noreturn]] void noEntry(int table, unsigned int index)
 	{
 		throw FISEncodingException(std::string("Index ") + Poco::NumberFormatter::format(index)
@@ -468,8 +481,7 @@ void FastInfosetParser::fail(BitStreamReader& r, const std::string& message, int
 	const std::string located = message + " (at octet " + Poco::NumberFormatter::format(static_cast<UInt64>(r.offset())) + ")";
 	if (_pErrorHandler)
 	{
-		const Ixor::XML::SAXParseException exc(located, std::string(), std::string(), 0, 0);
-		_pErrorHandler->fatalError(exc);
+		_pErrorHandler->fatalError(FaultReport(located));
 	}
 	throw E(located, code);
 }
@@ -1235,10 +1247,11 @@ const std::string* FastInfosetParser::parseEncodedCharacterStringXML(BitStreamRe
 		return &_text;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
 	{
-		unsigned int alphabet = 0;
-		Decoder::integer(r, alphabet);
+		unsigned int index = 0;
+		Decoder::integer(r, index);
+		const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), index);
 		Decoder::nonEmptyOctetString(r, _octets);
-		StringDecoder::decodeAlphabet(_octets, FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), alphabet), _text);
+		StringDecoder::decodeAlphabet(_octets, alphabet, _text);
 		return &_text;
 	}
 	default:
@@ -1273,10 +1286,11 @@ Encoding* FastInfosetParser::parseEncodedCharacterString(BitStreamReader& r)
 		return _pLiteralValue;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
 	{
-		unsigned int alphabet = 0;
-		Decoder::integer(r, alphabet);
+		unsigned int index = 0;
+		Decoder::integer(r, index);
+		const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), index);
 		Decoder::nonEmptyOctetString(r, _octets);
-		StringDecoder::decodeAlphabet(_octets, FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), alphabet), _pLiteralValue->content());
+		StringDecoder::decodeAlphabet(_octets, alphabet, _pLiteralValue->content());
 		return _pLiteralValue;
 	}
 	default:

@@ -7,6 +7,7 @@
 #include "TestSupport.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/ErrorHandler.h"
 #include "Poco/File.h"
 #include "Poco/NullStream.h"
 #include "Poco/Path.h"
@@ -169,6 +170,101 @@ TEST(ParserTest, ItemsTheWriterNeverProducesAreRead)
 		SCOPED_TRACE(c.what);
 		EXPECT_EQ(c.events, events(c.document));
 	}
+}
+
+
+TEST(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
+{
+	struct Case { const char* what; std::string document; const char* exception; std::string message; };
+	const std::string root = HEADER + fromHex("00 3c 00 72");
+	const Case cases[] =
+	{
+		{"an element name index past the table", HEADER + fromHex("00 04 ff"),
+			// 0 0 000100: index 5 at the third bit
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the element name table (at octet 6)"},
+		{"a chunk index past the table", root + fromHex("a4 ff f0"),
+			// 10 1 00100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the content character chunk table (at octet 9)"},
+		{"an attribute value index past the table", HEADER + fromHex("00 7c 00 72 78 00 61 84 ff f0"),
+			// attribute "a" = 1 0000100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the attribute value table (at octet 12)"},
+		{"a prefix index past the table", HEADER + fromHex("00 38 c2 84 ff f0"),
+			// 0 0 111000, 1100 00 1 0, prefix 1 0000100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the prefix table (at octet 8)"},
+		{"a name of the initial vocabulary with a prefix index past the table", HEADER + fromHex("20 0002 00 02 04 00 00 ff"),
+			// one element name surrogate: prefix 5, local name 1
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the prefix table (at octet 12)"},
+		{"a reserved integer form", HEADER + fromHex("00 31 00 00 00 ff"),
+			// 0 0 110001
+			"FastInfoset Encoding Exception", "Integer uses a reserved form (at octet 6)"},
+		{"an integer above 2^20", root + fromHex("bf ff ff ff ff f0"),
+			// 10 1 11111, 4 + 20 bits of 1
+			"FastInfoset Encoding Exception", "Integer value larger than 2^20 (at octet 12)"},
+		{"notations without their terminator", HEADER + fromHex("10 ff"),
+			"FastInfoset Encoding Exception", "Invalid terminator of notations (at octet 5)"},
+		{"unparsed entities without their terminator", HEADER + fromHex("08 ff"),
+			"FastInfoset Encoding Exception", "Invalid terminator of unparsed entities (at octet 5)"},
+		{"a document type declaration without its terminator", HEADER + fromHex("00 c4 00"),
+			"FastInfoset Encoding Exception", "Invalid terminator of document type declaration (at octet 6)"},
+		{"an undefined restricted alphabet", root + fromHex("88 4c 00 ff f0"),
+			// 10 0 0 10 00|010011: alphabet 20
+			"FastInfoset Encoding Exception", "Restricted alphabet 20 is not defined (at octet 9)"},
+		{"an unknown encoding algorithm", root + fromHex("8c 50 00 ff f0"),
+			// 10 0 0 11 00|010100: algorithm 21
+			"FastInfoset Exception", "Invalid decoding defined (at octet 9)"},
+		{"a document cut short", root.substr(0, root.size() - 1),
+			"FastInfoset Parse Exception", "Unexpected end of stream while parsing octet string (at octet 7)"},
+	};
+
+	struct Errors: public Ixor::XML::ErrorHandler
+	{
+		std::vector<std::string> fatal;
+		void warning(const Ixor::XML::SAXException&) override {}
+		void error(const Ixor::XML::SAXException&) override {}
+		void fatalError(const Ixor::XML::SAXException& exc) override { fatal.push_back(exc.message()); }
+	};
+	for (const Case& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		for (bool overStream: {false, true})
+		{
+			Errors errors;
+			Ixor::XML::DefaultHandler handler;
+			FastInfosetParser parser;
+			parser.setContentHandler(&handler);
+			parser.setErrorHandler(&errors);
+			std::string thrown = "no exception";
+			try
+			{
+				std::istringstream in(c.document);
+				Ixor::XML::InputSource source(in);
+				if (overStream) parser.parse(&source);
+				else parser.parseMemoryNP(c.document.data(), c.document.size());
+			}
+			catch (const FISException& exc)
+			{
+				thrown = std::string(exc.name()) + ": " + exc.message();
+			}
+			EXPECT_EQ(std::string(c.exception) + ": " + c.message, thrown);
+			EXPECT_EQ(std::vector<std::string>{c.message}, errors.fatal);
+		}
+	}
+
+	// What a handler throws passes as it is, and is no fault of the input.
+	struct Stopping: public Ixor::XML::DefaultHandler
+	{
+		void startElement(const std::string&, const std::string&, const std::string&, const Ixor::XML::Attributes&) override
+		{
+			throw FISException("stop");
+		}
+	} stopping;
+	Errors errors;
+	FastInfosetParser parser;
+	parser.setContentHandler(&stopping);
+	parser.setErrorHandler(&errors);
+	const std::string document = root + fromHex("ff");
+	EXPECT_EQ("stop", messageOf<FISException>([&] { parser.parseMemoryNP(document.data(), document.size()); }));
+	EXPECT_TRUE(errors.fatal.empty());
 }
 
 
