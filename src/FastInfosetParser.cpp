@@ -40,6 +40,7 @@ namespace
 	const std::size_t SCRATCH_SIZE = 1024;
 
 	const unsigned int CDATA_ALGORITHM = 10;
+	const std::string CDATA_TYPE("CDATA");
 	const unsigned int ABSENT = 0xFFFFFFFF;
 
 	// Elements with up to this many attributes each have a list of their
@@ -1532,29 +1533,41 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::attributeList()
 	/// element before is left as it is.
 {
 	const std::size_t count = _attributeCount;
-	const std::size_t listIndex = count < POOLED_ATTRIBUTE_COUNTS ? count : POOLED_ATTRIBUTE_COUNTS;
-	if (_attributeLists.size() <= listIndex) _attributeLists.resize(listIndex + 1);
-	std::unique_ptr<AttributeList>& pList = _attributeLists[listIndex];
-	if (!pList) pList.reset(new AttributeList);
-	AttributeList& list = *pList;
-	if (list.slots.size() != count)
+	if (count >= POOLED_ATTRIBUTE_COUNTS)
 	{
-		// Built once for each count; the shared list of large elements is
-		// built again whenever the count changes. The entries are reserved
-		// first, so that the pointers to them stay valid.
-		list.list.clear();
-		list.list.reserve(count);
-		list.slots.clear();
+		// Large elements are rare: their list is built for each and released
+		// after it.
+		_largeAttributes.clear();
+		_largeAttributes.reserve(count);
 		for (std::size_t i = 0; i < count; ++i)
 		{
-			Ixor::XML::AttributesImpl::Attribute& slot = list.list.addAttribute();
-			slot.type = "CDATA";
-			slot.specified = true;
-			list.slots.push_back(&slot);
+			const Attribute& attribute = _attributes[i];
+			const NameEntry& name = *attribute.pName;
+			_largeAttributes.addAttribute(*name.name.pUri, *name.name.pLocalName, qualifiedName(name), CDATA_TYPE,
+				attribute.pValue ? *attribute.pValue : attribute.copy, true);
 		}
-		list.names.assign(count, nullptr);
-		list.values.assign(count, nullptr);
+		_trimAttributes = true;
+		return _largeAttributes;
 	}
+	if (_attributeLists.size() <= count) _attributeLists.resize(count + 1);
+	std::unique_ptr<AttributeList>& pList = _attributeLists[count];
+	if (!pList)
+	{
+		// The entries are reserved first, so that the pointers to them stay
+		// valid.
+		pList.reset(new AttributeList);
+		pList->list.reserve(count);
+		for (std::size_t i = 0; i < count; ++i)
+		{
+			Ixor::XML::AttributesImpl::Attribute& slot = pList->list.addAttribute();
+			slot.type = CDATA_TYPE;
+			slot.specified = true;
+			pList->slots.push_back(&slot);
+		}
+		pList->names.assign(count, nullptr);
+		pList->values.assign(count, nullptr);
+	}
+	AttributeList& list = *pList;
 	for (std::size_t i = 0; i < count; ++i) fillSlot(list, i, _attributes[i]);
 	return list.list;
 }
@@ -1610,6 +1623,7 @@ void FastInfosetParser::trimAttributeList()
 		}
 	}
 	for (Attribute& attribute: _attributes) release(attribute.copy);
+	if (_largeAttributes.getLength() > 0) _largeAttributes = Ixor::XML::AttributesImpl();
 	_trimAttributes = false;
 }
 

@@ -366,10 +366,11 @@ private:
 
 	// The attributes of the element being read, and the lists that report
 	// them, one for each number of attributes up to a bound; larger
-	// elements share the last.
+	// elements share one that is built for each.
 	std::vector<Attribute>         _attributes;
 	std::size_t                    _attributeCount;
 	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
+	Ixor::XML::AttributesImpl      _largeAttributes;
 	bool                           _trimAttributes;
 
 	// Amplification: octets delivered by index, and the count at which the
