@@ -88,7 +88,8 @@ std::string sampleDocument()
 
 void expectRefusedCleanly(const std::string& input)
 	/// Parses input over memory and over a stream: either it is a document,
-	/// or an exception of the library's or the host's family ends the parse.
+	/// or an exception of the library's family, ending in the octet where
+	/// the fault was found, ends the parse.
 {
 	for (bool overStream: {false, true})
 	{
@@ -105,11 +106,9 @@ void expectRefusedCleanly(const std::string& input)
 			}
 			else parser.parseMemoryNP(input.data(), input.size());
 		}
-		catch (const Ixor::Exception&)
+		catch (const FISException& exc)
 		{
-		}
-		catch (const std::out_of_range&)
-		{
+			EXPECT_NE(std::string::npos, exc.message().find(" (at octet ")) << exc.message();
 		}
 	}
 }
