@@ -19,6 +19,8 @@
 #include "FastDecoding.h"
 #include "VocabularyFileLoader.h"
 #include <climits>
+#include <cstdint>
+#include <cstring>
 
 
 using Ixor::XML::XMLString;
@@ -43,12 +45,14 @@ namespace
 	const std::string CDATA_TYPE("CDATA");
 	const unsigned int ABSENT = 0xFFFFFFFF;
 
-	// Elements with up to this many attributes each have a list of their
-	// own, whose strings keep their capacity; larger ones share one.
+	// Elements with fewer attributes than this are reported in lists that
+	// are kept, so that their strings keep their capacity: so many lists
+	// for each number of attributes.
 	const std::size_t POOLED_ATTRIBUTE_COUNTS = 32;
+	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 4;
 	// Strings of the lists longer than this are released after the element
 	// is reported, so that what the lists hold stays small.
-	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 1024;
+	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
 
 	// The octets of a name that a report may deliver without counting
 	// against amplification: real names are shorter.
@@ -146,6 +150,7 @@ void FastInfosetParser::init()
 	_lastDocumentSize = 0;
 	_pPendingStream = 0;
 	_inHandler = false;
+	_inputInMemory = false;
 	_attributeCount = 0;
 	_trimAttributes = false;
 	_pReader = 0;
@@ -156,6 +161,7 @@ void FastInfosetParser::init()
 	_qnameOctets = 0;
 	_namespaceDeclarations.reserve(16);
 	_attributes.reserve(16);
+	_attributeLists.resize(POOLED_ATTRIBUTE_COUNTS * ATTRIBUTE_LISTS_PER_COUNT);
 	_xmlDeclaration.reserve(SCRATCH_SIZE);
 	_identifying.reserve(SCRATCH_SIZE);
 	_octets.reserve(SCRATCH_SIZE);
@@ -423,6 +429,7 @@ void FastInfosetParser::parseMemoryNP(const char* data, std::size_t size)
 	_pPendingStream = 0;
 	_pendingOctets.clear();
 	BitStreamReader reader(data, size);
+	_inputInMemory = true;
 	parseReader(reader);
 }
 
@@ -437,6 +444,7 @@ void FastInfosetParser::parseStream(std::istream& stream)
 	_pPendingStream = 0;
 	_pendingOctets.clear();
 	BitStreamReader reader(stream, pending.data(), pending.size());
+	_inputInMemory = false;
 	parseReader(reader);
 	reader.giveBack(_pendingOctets);
 	if (!_pendingOctets.empty()) _pPendingStream = &stream;
@@ -570,8 +578,11 @@ void FastInfosetParser::syncTables()
 	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
 	{
 		if (!pList) continue;
-		std::fill(pList->names.begin(), pList->names.end(), nullptr);
-		std::fill(pList->values.begin(), pList->values.end(), nullptr);
+		for (AttributeList::Slot& held: pList->slots)
+		{
+			held.pName = nullptr;
+			held.pValue = nullptr;
+		}
 	}
 	_qnameIndex.clear();
 	_qnames.clear();
@@ -705,6 +716,7 @@ void FastInfosetParser::parseDocument(BitStreamReader& r)
 	_delivered = 0;
 	_nextCheck = _amplificationThreshold;
 	_openElements.clear();
+	_declarationScopes.clear();
 	_namespaceDeclarations.clear();
 	_attributeCount = 0;
 	// A reset keeps the alphabets, so those that the previous document added
@@ -825,7 +837,7 @@ void FastInfosetParser::parseElementChildren(BitStreamReader& r)
 			r.advance(4);
 			window <<= 4;
 			available -= 4;
-			const OpenElement element = _openElements.back();
+			const NameEntry& element = *_openElements.back();
 			_openElements.pop_back();
 			endElement(element);
 			continue;
@@ -890,7 +902,7 @@ bool FastInfosetParser::parseElementFast(BitStreamReader& r, UInt64 window, int 
 
 	_attributeCount = 0;
 	if (window >> 63) parseAttributes(r);
-	startElement(element, _namespaceDeclarations.size());
+	startElement(element);
 	return true;
 }
 
@@ -1002,15 +1014,21 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 		r.skip(6);
 	}
 
+	if (_namespaceDeclarations.size() > firstDeclaration)
+	{
+		const DeclarationScope scope = {_openElements.size(), firstDeclaration};
+		_declarationScopes.push_back(scope);
+	}
+
 	const NameEntry& element = parseQualifiedNameOrIndex(r, true);
 
 	_attributeCount = 0;
 	if (hasAttributes) parseAttributes(r);
-	startElement(element, firstDeclaration);
+	startElement(element);
 }
 
 
-void FastInfosetParser::startElement(const NameEntry& element, std::size_t firstDeclaration)
+inline void FastInfosetParser::startElement(const NameEntry& element)
 {
 	if (element.excess) deliver(element.excess);
 	if (_pContentHandler)
@@ -1022,25 +1040,33 @@ void FastInfosetParser::startElement(const NameEntry& element, std::size_t first
 		_inHandler = false;
 		if (_trimAttributes) trimAttributeList();
 	}
-	const OpenElement open = {&element, firstDeclaration};
-	_openElements.push_back(open);
+	_openElements.push_back(&element);
 }
 
 
-void FastInfosetParser::endElement(const OpenElement& element)
+void FastInfosetParser::endElement(const NameEntry& element)
 	/// The element's own declarations end after it, last declared first.
 {
 	if (_pContentHandler)
 	{
-		const NameEntry& name = *element.pName;
-		const std::string& qname = qualifiedName(name);
+		const std::string& qname = qualifiedName(element);
 		_inHandler = true;
-		_pContentHandler->endElement(*name.name.pUri, *name.name.pLocalName, qname);
-		for (std::size_t i = _namespaceDeclarations.size(); i > element.firstDeclaration; --i)
-			_pContentHandler->endPrefixMapping(*_namespaceDeclarations[i - 1].pPrefix);
+		_pContentHandler->endElement(*element.name.pUri, *element.name.pLocalName, qname);
 		_inHandler = false;
 	}
-	_namespaceDeclarations.resize(element.firstDeclaration);
+	if (!_declarationScopes.empty() && _declarationScopes.back().depth == _openElements.size())
+	{
+		const std::size_t first = _declarationScopes.back().first;
+		_declarationScopes.pop_back();
+		if (_pContentHandler)
+		{
+			_inHandler = true;
+			for (std::size_t i = _namespaceDeclarations.size(); i > first; --i)
+				_pContentHandler->endPrefixMapping(*_namespaceDeclarations[i - 1].pPrefix);
+			_inHandler = false;
+		}
+		_namespaceDeclarations.resize(first);
+	}
 }
 
 
@@ -1078,7 +1104,7 @@ void FastInfosetParser::parseAttributeValueOf(BitStreamReader& r, const NameEntr
 	if (parseAttributeValue(r, name)) return;
 	unsigned int algorithm = 0;
 	const std::string* pValue = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::ATTRIBUTE_VALUE, algorithm);
-	addAttribute(name, pValue->data(), pValue->size());
+	addAttribute(name, pValue->data(), pValue->size(), false);
 }
 
 
@@ -1104,7 +1130,8 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 	const bool addToTable = ((window >> 62) & 1) != 0;
 	r.advance(4 + size);
 	const char* pData = 0;
-	if (!r.readView(pData, length))
+	const bool view = r.readView(pData, length);
+	if (!view)
 	{
 		r.read(_octets, length);
 		pData = _octets.data();
@@ -1115,7 +1142,8 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 		_identifying.assign(pData, length);
 		addAttribute(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying)));
 	}
-	else addAttribute(name, pData, length);
+	// A view into a block in memory stays valid for the whole parse.
+	else addAttribute(name, pData, length, view && _inputInMemory);
 	return true;
 }
 
@@ -1513,16 +1541,27 @@ inline FastInfosetParser::Attribute& FastInfosetParser::nextAttribute(const Name
 inline void FastInfosetParser::addAttribute(const NameEntry& name, const std::string& value)
 	/// value is a vocabulary entry.
 {
-	nextAttribute(name).pValue = &value;
+	Attribute& attribute = nextAttribute(name);
+	attribute.pValue = &value;
+	attribute.pData = value.data();
+	attribute.length = value.size();
 }
 
 
-void FastInfosetParser::addAttribute(const NameEntry& name, const char* value, std::size_t length)
+inline void FastInfosetParser::addAttribute(const NameEntry& name, const char* value, std::size_t length, bool inInput)
+	/// A value in the input is referred to; any other is copied (the slot
+	/// keeps its capacity from element to element).
 {
-	// The slot keeps its capacity from element to element.
 	Attribute& attribute = nextAttribute(name);
-	attribute.copy.assign(value, length);
 	attribute.pValue = nullptr;
+	attribute.length = length;
+	if (inInput)
+	{
+		attribute.pData = value;
+		return;
+	}
+	attribute.copy.assign(value, length);
+	attribute.pData = nullptr;
 	if (length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }
 
@@ -1544,28 +1583,34 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::attributeList()
 			const Attribute& attribute = _attributes[i];
 			const NameEntry& name = *attribute.pName;
 			_largeAttributes.addAttribute(*name.name.pUri, *name.name.pLocalName, qualifiedName(name), CDATA_TYPE,
-				attribute.pValue ? *attribute.pValue : attribute.copy, true);
+				attribute.pData ? std::string(attribute.pData, attribute.length) : attribute.copy, true);
 		}
 		_trimAttributes = true;
 		return _largeAttributes;
 	}
-	if (_attributeLists.size() <= count) _attributeLists.resize(count + 1);
-	std::unique_ptr<AttributeList>& pList = _attributeLists[count];
+	// Lists are kept by the number of their attributes and, among those, by
+	// the sequence of their names, so that elements of one kind mostly find
+	// their names in place and only their values change.
+	std::size_t hash = 0;
+	for (std::size_t i = 0; i < count; ++i)
+	{
+		hash = hash * 31 + (reinterpret_cast<std::uintptr_t>(_attributes[i].pName) >> 4);
+	}
+	std::unique_ptr<AttributeList>& pList = _attributeLists[count * ATTRIBUTE_LISTS_PER_COUNT + hash % ATTRIBUTE_LISTS_PER_COUNT];
 	if (!pList)
 	{
 		// The entries are reserved first, so that the pointers to them stay
 		// valid.
 		pList.reset(new AttributeList);
 		pList->list.reserve(count);
+		pList->slots.resize(count);
 		for (std::size_t i = 0; i < count; ++i)
 		{
 			Ixor::XML::AttributesImpl::Attribute& slot = pList->list.addAttribute();
 			slot.type = CDATA_TYPE;
 			slot.specified = true;
-			pList->slots.push_back(&slot);
+			pList->slots[i].pSlot = &slot;
 		}
-		pList->names.assign(count, nullptr);
-		pList->values.assign(count, nullptr);
 	}
 	AttributeList& list = *pList;
 	for (std::size_t i = 0; i < count; ++i) fillSlot(list, i, _attributes[i]);
@@ -1573,30 +1618,26 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::attributeList()
 }
 
 
-inline void FastInfosetParser::fillSlot(AttributeList& list, std::size_t i, const Attribute& attribute)
+inline void FastInfosetParser::fillSlot(AttributeList& list, std::size_t i, Attribute& attribute)
 {
-	Ixor::XML::AttributesImpl::Attribute& slot = *list.slots[i];
+	AttributeList::Slot& held = list.slots[i];
+	Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;
 	const NameEntry& name = *attribute.pName;
-	if (list.names[i] != &name)
+	if (held.pName != &name)
 	{
 		slot.namespaceURI = *name.name.pUri;
 		slot.localName = *name.name.pLocalName;
 		slot.qname = qualifiedName(name);
-		list.names[i] = &name;
+		held.pName = &name;
 		if (name.excess) _trimAttributes = true;
 	}
-	if (attribute.pValue)
-	{
-		if (list.values[i] == attribute.pValue) return;
-		slot.value = *attribute.pValue;
-		list.values[i] = attribute.pValue;
-		if (slot.value.size() > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
-	}
-	else
-	{
-		slot.value = attribute.copy;
-		list.values[i] = nullptr;
-	}
+	// A value from a table that the slot holds already is left as it is.
+	if (attribute.pValue && held.pValue == attribute.pValue) return;
+	held.pValue = attribute.pValue;
+	if (attribute.pValue) slot.value = *attribute.pValue;
+	else if (attribute.pData) slot.value.assign(attribute.pData, attribute.length);
+	else slot.value = attribute.copy;
+	if (attribute.length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }
 
 
@@ -1611,15 +1652,15 @@ void FastInfosetParser::trimAttributeList()
 	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
 	{
 		if (!pList) continue;
-		for (std::size_t i = 0; i < pList->slots.size(); ++i)
+		for (AttributeList::Slot& held: pList->slots)
 		{
-			Ixor::XML::AttributesImpl::Attribute& slot = *pList->slots[i];
+			Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;
 			release(slot.namespaceURI);
 			release(slot.localName);
 			release(slot.qname);
 			release(slot.value);
-			pList->names[i] = nullptr;
-			pList->values[i] = nullptr;
+			held.pName = nullptr;
+			held.pValue = nullptr;
 		}
 	}
 	for (Attribute& attribute: _attributes) release(attribute.copy);

@@ -224,28 +224,37 @@ protected:
 
 	struct Attribute
 		/// One attribute of the element being read: its name and its value,
-		/// either in a vocabulary table or in the copy.
+		/// in a vocabulary table, in the input or in the copy.
 	{
 		const NameEntry*   pName;
-		const std::string* pValue; // null: the value is copy
+		const std::string* pValue;   // the value in a table, or null
+		const char*        pData;    // the value in the input, or null: the copy
+		std::size_t        length;
 		std::string        copy;
 	};
 
 	struct AttributeList
-		/// The list handed to startElement() for elements with a given
-		/// number of attributes. Its entries never move once built, so
-		/// their strings keep their capacity from element to element.
+		/// A list handed to startElement(), kept for the elements whose
+		/// attributes have the same names. Its entries never move once
+		/// built, so their strings keep their capacity from element to
+		/// element.
 	{
+		struct Slot
+		{
+			Ixor::XML::AttributesImpl::Attribute* pSlot;
+			const NameEntry*   pName = nullptr;   // the name the entry holds
+			const std::string* pValue = nullptr;  // the table value it holds, if any
+		};
+
 		Ixor::XML::AttributesImpl list;
-		std::vector<Ixor::XML::AttributesImpl::Attribute*> slots;
-		std::vector<const NameEntry*> names;     // the name each slot holds
-		std::vector<const std::string*> values;  // the table value each slot holds, if any
+		std::vector<Slot> slots;
 	};
 
-	struct OpenElement
+	struct DeclarationScope
+		/// The namespace declarations of an open element that has some.
 	{
-		const NameEntry* pName;
-		std::size_t      firstDeclaration;  // its declarations in _namespaceDeclarations
+		std::size_t depth;   // the element's place in _openElements
+		std::size_t first;   // its first declaration in _namespaceDeclarations
 	};
 
 	struct NamespaceDeclaration
@@ -260,7 +269,7 @@ protected:
 	void parseElementChildren(BitStreamReader& r);
 	bool parseElementChild(BitStreamReader& r);
 	void parseElement(BitStreamReader& r);
-	void endElement(const OpenElement& element);
+	void endElement(const NameEntry& element);
 	void parseNamespaceAttribute(BitStreamReader& r);
 	void parseAttribute(BitStreamReader& r);
 	const NameEntry& parseQualifiedNameOrIndex(BitStreamReader& r, bool element);
@@ -324,11 +333,11 @@ private:
 	void parseAttributes(BitStreamReader& r);
 	Attribute& nextAttribute(const NameEntry& name);
 	void addAttribute(const NameEntry& name, const std::string& value);
-	void addAttribute(const NameEntry& name, const char* value, std::size_t length);
+	void addAttribute(const NameEntry& name, const char* value, std::size_t length, bool inInput);
 	const Ixor::XML::AttributesImpl& attributeList();
-	void fillSlot(AttributeList& list, std::size_t i, const Attribute& attribute);
+	void fillSlot(AttributeList& list, std::size_t i, Attribute& attribute);
 	void trimAttributeList();
-	void startElement(const NameEntry& element, std::size_t firstDeclaration);
+	void startElement(const NameEntry& element);
 	bool parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available);
 	void characters(const char* data, std::size_t length);
 
@@ -353,7 +362,8 @@ private:
 	Ixor::AutoPtr<NullEncoding>    _pLiteralValue;
 	Ixor::AutoPtr<NullRefEncoding> _pIndexedValue;
 	Ixor::AutoPtr<Encoding>        _pTypedValue;
-	std::vector<OpenElement>       _openElements;
+	std::vector<const NameEntry*>  _openElements;
+	std::vector<DeclarationScope>  _declarationScopes;
 	std::size_t                    _maxElementDepth;
 	std::size_t                    _maxNamespaceDeclarations;
 	bool                           _loadExternalVocabularies;
@@ -363,10 +373,11 @@ private:
 	std::istream*                  _pPendingStream;
 	std::string                    _pendingOctets;
 	bool                           _inHandler;
+	bool                           _inputInMemory;
 
 	// The attributes of the element being read, and the lists that report
-	// them, one for each number of attributes up to a bound; larger
-	// elements share one that is built for each.
+	// them, kept by the names they hold; elements with many attributes
+	// share one that is built for each.
 	std::vector<Attribute>         _attributes;
 	std::size_t                    _attributeCount;
 	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
