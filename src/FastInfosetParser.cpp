@@ -20,7 +20,6 @@
 #include "VocabularyFileLoader.h"
 #include <climits>
 #include <cstdint>
-#include <cstring>
 
 
 using Ixor::XML::XMLString;
