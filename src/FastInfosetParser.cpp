@@ -1624,7 +1624,8 @@ inline void FastInfosetParser::fillSlot(AttributeList& list, std::size_t i, Attr
 	const NameEntry& name = *attribute.pName;
 	if (held.pName != &name)
 	{
-		slot.namespaceURI = *name.name.pUri;
+		// Most attributes have no namespace: the one held may be it already.
+		if (!held.pName || held.pName->name.pUri != name.name.pUri) slot.namespaceURI = *name.name.pUri;
 		slot.localName = *name.name.pLocalName;
 		slot.qname = qualifiedName(name);
 		held.pName = &name;
