@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/EncodingAlgorithm.h"
 #include "Ixor/FastInfoset/FISContentHandler.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FloatEncoding.h"
 #include "Ixor/FastInfoset/HexEncoding.h"
 #include "Ixor/FastInfoset/IntEncoding.h"
@@ -17,6 +18,7 @@
 #include "Ixor/FastInfoset/ShortEncoding.h"
 #include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Poco/NumberFormatter.h"
+#include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include "TestSupport.h"
 #include <gmock/gmock.h>
@@ -780,6 +782,77 @@ TEST(EncodingTest, Base64TextHasNoLineBreaks)
 	EXPECT_EQ(400u, text.size());
 	EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
 	EXPECT_EQ("binary " + toHex(data), typedOf(*pValue));
+}
+
+
+TEST(EncodingTest, BinaryValuesGiveTheirTextAsContent)
+{
+	// Readers of the text form (attribute values, strings of an initial
+	// vocabulary) take content(); the octets stay for typed handlers.
+	struct { unsigned int index; const char* text; const char* merged; } cases[] =
+	{
+		{1, "01ABFF", "01ABFF02"},
+		{2, "Aav/",   "Aav/Ag=="},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.index);
+		Source source(fromHex("02 01abff"), false);
+		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
+		EXPECT_EQ(c.text, static_cast<const Encoding&>(*pValue).content());
+		EXPECT_EQ(c.text, pValue->content());
+		EXPECT_EQ("binary 01abff", typedOf(*pValue));
+
+		// A text asked for once follows later changes of the octets.
+		Encoding::Ptr pMore = c.index == 1 ? static_cast<Encoding*>(new HexEncoding("\x02", 1)) : new DWordEncoding("\x02", 1);
+		EXPECT_TRUE(pValue->merge(*pMore));
+		EXPECT_EQ(c.merged, pValue->content());
+		EXPECT_EQ(c.merged, textOf(*pValue));
+		pValue->content() = "changed";
+		pValue->createContent();
+		EXPECT_EQ(c.merged, pValue->content());
+	}
+}
+
+
+class AttributeRecorder: public Ixor::XML::DefaultHandler
+	/// A plain SAX handler that keeps the value of each attribute.
+{
+public:
+	void startElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&,
+		const Ixor::XML::Attributes& attributes) override
+	{
+		for (int i = 0; i < attributes.getLength(); ++i) values.push_back(attributes.getValue(i));
+	}
+
+	std::vector<std::string> values;
+};
+
+
+TEST(EncodingTest, EncodedAttributeValuesReachAPlainHandlerAsText)
+{
+	// <r a="..."/>: 0 1 1111 00, local name "r"; the attribute 0 11110 00,
+	// local name "a"; its value a literal at the first bit, 0 0, then the
+	// encoding (10 alphabet, 11 algorithm), the index and the octets.
+	struct { const char* value; const char* text; } cases[] =
+	{
+		{"30 01 01ab",             "01AB"},                   // 11 00000000 0001: hexadecimal, 2 octets
+		{"30 11 01ab",             "Aas="},                   // base64
+		{"30 63 7fc00000",         "NaN"},                    // float
+		{"30 77 8000000000000000", "-0"},                     // double
+		{"20 03 3c14da5f",         "3.14E-5"},                // 10 00000000 0011: numeric alphabet, 4 octets
+		{"20 11 1e2f",             "1 2"},                    // date and time alphabet
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.text);
+		const std::string document = fromHex("e0 00 00 01 00 7c 00 72 78 00 61") + fromHex(c.value) + fromHex("ff f0");
+		AttributeRecorder recorder;
+		FastInfosetParser parser;
+		parser.setContentHandler(&recorder);
+		parser.parseMemoryNP(document.data(), document.size());
+		EXPECT_EQ(std::vector<std::string>{c.text}, recorder.values);
+	}
 }
 
 
