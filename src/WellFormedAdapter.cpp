@@ -22,6 +22,7 @@ namespace
 	const std::string XML_PREFIX("xml");
 	const std::string CARRIAGE_RETURN("&#xD;");
 	const std::size_t FEW_ATTRIBUTES = 16;   // compared pairwise; more are sorted
+	const std::size_t SHOWN_OCTETS = 64;     // enough for a message, which cuts shorter
 
 
 	[[noreturn]] void fault(const std::string& what)
@@ -34,7 +35,7 @@ namespace
 	{
 		const std::size_t at = XMLTextRules::invalidCharacter(text, length);
 		if (at != XMLTextRules::ALL_VALID)
-			fault(std::string(what) + " holds a character XML does not allow: " + XMLTextRules::shown(std::string(text + at, length - at)));
+			fault(std::string(what) + " holds a character XML does not allow: " + XMLTextRules::shown(std::string(text + at, std::min(length - at, SHOWN_OCTETS))));
 	}
 
 
@@ -114,7 +115,7 @@ void WellFormedAdapter::startElement(const XMLString& uri, const XMLString& loca
 void WellFormedAdapter::endElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
 {
 	_writer.endElement(uri, localName, qname);
-	if (_declaredSizes.empty()) return;   // the writer has refused the unmatched end already
+	if (_declaredSizes.empty()) return;   // no open element: the writer refuses that itself
 	_declared.resize(_declaredSizes.back());
 	_declaredSizes.pop_back();
 	_pendingStart = _declared.size();
