@@ -5,7 +5,7 @@
 #
 #   bench/run.sh [--quick] [--filter REGEX] [-- BENCHMARK_ARGS...]
 #
-#   --quick        four documents, short measurements, no repetitions
+#   --quick        five documents, short measurements, no repetitions
 #   --filter RE    only the measurements whose name matches RE; names are
 #                  MEASUREMENT/DOCUMENT, e.g. parse_fi/gtk3-gir, and
 #                  MEASUREMENT is one of memcpy parse_fi parse_sax
@@ -34,8 +34,8 @@ while [ $# -gt 0 ]; do
 	shift
 done
 
-ALL="osinfo-debian11 xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
-QUICK="xkb-base cldr-ru gl-registry gtk3-gir"
+ALL="soap-envelope osinfo-debian11 saml-metadata xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
+QUICK="soap-envelope xkb-base cldr-ru gl-registry gtk3-gir"
 
 echo "== setting up, building in $build" >&2
 bash "$root/.ci/setup" >&2
