@@ -10,7 +10,10 @@
 #                  MEASUREMENT/DOCUMENT, e.g. parse_fi/gtk3-gir, and
 #                  MEASUREMENT is one of memcpy parse_fi parse_sax
 #                  parse_expat parse_libxml2 write_fi write_xml
-#                  convertToFIS convertToXML (the memory report is skipped)
+#                  convertToFIS convertToXML; besides, fixed/parse_fi and
+#                  fixed/write_fi (costs of every document), many/parse_fi
+#                  and many/write_fi (the small documents one after
+#                  another). The memory report is skipped.
 #   -- ARGS        passed on to the benchmark, e.g. --benchmark_repetitions=5
 #
 # The build goes to build-bench/ at the top of the tree (or $BENCH_BUILD_DIR).
@@ -28,7 +31,7 @@ while [ $# -gt 0 ]; do
 		--quick) quick=1 ;;
 		--filter) filter="$2"; shift ;;
 		--) shift; extra=("$@"); break ;;
-		-h|--help) sed -n '2,17p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+		-h|--help) sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
 		*) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
 	esac
 	shift
