@@ -1052,8 +1052,14 @@ unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* d
 	/// table, and the string is built only to be added.
 {
 	const StringTableView& view = viewOf(id);
-	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->index(data, length, existed);
-	if (view.pHash) return const_cast<HashVocabulary<std::string>*>(view.pHash)->index(data, length, existed);
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->indexWithin(data, length, NOT_FOUND, existed);
+	if (view.pHash)
+	{
+		const unsigned int index = const_cast<HashVocabulary<std::string>*>(view.pHash)->indexWithin(data, length, NOT_FOUND, existed);
+		if (index == NOT_FOUND) throw Ixor::PoolOverflowException("Vocabulary hash table full");
+		return index;
+	}
 	_text.assign(data, length);
 	return _vocabulary.index(id, _text, existed);
 }
