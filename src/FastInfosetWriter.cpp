@@ -506,11 +506,12 @@ bool FastInfosetWriter::writeStringFast(const char* data, std::size_t length, Do
 	UInt64 lengthBits = 0;
 	int lengthSize = 0;
 	if (!FastEncoding::stringLengthBits(pos + 4, length, lengthBits, lengthSize)) return false;
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	if (addToTable)
 	{
 		bool existed = false;
 		const unsigned int index = indexOf(voc, data, length, existed);
+		addToTable = index != Vocabulary<std::string>::NOT_FOUND;
 		if (existed)
 		{
 			// 1 for an index, the index on the next bit.
@@ -707,9 +708,12 @@ void FastInfosetWriter::handleEncodedData()
 // Names and strings
 //
 unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
+	/// The index of str, or NOT_FOUND when the table could not take it.
 {
 	bool existed = false;
-	unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	const unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	// A table that cannot take the string gets no more entries: the reader,
+	// which adds every identifying string written in full, only holds more.
 	if (existed) writeIdentifyingStringIndex(index);
 	else writeIdentifyingString(str, voc);
 	return index;
@@ -745,10 +749,16 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const char* dat
 	const int pos = _writer.bitPos();
 	if (pos != 0 && pos != 2)
 		throw FISEncodingException("Illegal startposition for a NonIdentifyingStringOrIndex value");
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	bool existed = false;
 	unsigned int index = 0;
 	if (addToTable) index = indexOf(voc, data, length, existed);
+	// A table that cannot take the string: it goes out in full, not added.
+	if (index == Vocabulary<std::string>::NOT_FOUND)
+	{
+		addToTable = false;
+		index = 0;
+	}
 	_writer.write(existed);
 	if (existed)
 	{
@@ -780,7 +790,12 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<E
 		value->createContent();
 		const std::string& text = value->content();
 		addToTable = text.size() <= static_cast<std::size_t>(_maxIndexedStringLength) && _maxIndexedStringLength >= 0;
-		if (addToTable) index = _vocabulary.index(voc, text, existed);
+		if (addToTable) index = indexOf(voc, text.data(), text.size(), existed);
+		if (index == Vocabulary<std::string>::NOT_FOUND)
+		{
+			addToTable = false;
+			index = 0;
+		}
 	}
 	_writer.write(existed);
 	if (existed)
@@ -909,7 +924,8 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		}
 	}
 	_writer.write(pos == 1 ? 0x1Eu : 0xFu, pos == 1 ? 5 : 4);   // 11110 for attributes, 1111 for elements
-	unsigned int index = writeQualifiedName(prefix, namespaceURI, localName, element);
+	unsigned int parts[3];
+	const unsigned int index = writeLiteralName(prefix, namespaceURI, localName, element, parts);
 	poco_assert(_writer.bitPos() == 0);
 	return index;
 }
@@ -917,15 +933,31 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 
 unsigned int FastInfosetWriter::writeQualifiedName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
 {
+	unsigned int parts[3];
+	return writeLiteralName(prefix, namespaceURI, localName, element, parts);
+}
+
+
+unsigned int FastInfosetWriter::writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3])
+	/// The literal name and, in parts, the indexes of its prefix, namespace
+	/// name and local name (0 for an absent one, NOT_FOUND for one that
+	/// its table could not take).
+{
 	poco_assert(!localName.empty());
 	_writer.write(!prefix.empty());
 	_writer.write(!namespaceURI.empty());
-	unsigned int prefixIndex = 0;
-	unsigned int namespaceIndex = 0;
-	if (!prefix.empty()) prefixIndex = writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
-	if (!namespaceURI.empty()) namespaceIndex = writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
-	unsigned int localIndex = writeIdentifyingStringOrIndex(localName, DocumentVocabulary::LOCAL_NAME);
-	return insertQualifiedName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+	parts[0] = prefix.empty() ? 0 : writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
+	parts[1] = namespaceURI.empty() ? 0 : writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
+	parts[2] = writeIdentifyingStringOrIndex(localName, DocumentVocabulary::LOCAL_NAME);
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	if (parts[0] != NOT_FOUND && parts[1] != NOT_FOUND && parts[2] != NOT_FOUND)
+		return insertQualifiedName(QualifiedNameEntry(parts[0], parts[1], parts[2]), element);
+	// The reader adds the name with the parts it added. A stand-in that no
+	// lookup meets (no table gives out these ids) keeps this table in step
+	// with the reader's, so that the names after it get the same indexes.
+	Vocabulary<QualifiedNameEntry>& names = getQNameVocabulary(element);
+	insertQualifiedName(QualifiedNameEntry(NOT_FOUND, NOT_FOUND - 1, static_cast<unsigned int>(names.size())), element);
+	return NOT_FOUND;
 }
 
 
@@ -939,9 +971,15 @@ unsigned int FastInfosetWriter::writeQualifiedName(const QualifiedNameEntry& nam
 
 
 unsigned int FastInfosetWriter::insertQualifiedName(const QualifiedNameEntry& name, bool element)
+	/// The index of the new name, or NOT_FOUND when its table is full or
+	/// at the format's last index; such a table takes nothing more.
 {
+	const NameTableView& view = nameViewOf(element);
 	bool qneExists = false;
-	unsigned int index = getQNameVocabulary(element).index(name, qneExists);
+	unsigned int index = Vocabulary<QualifiedNameEntry>::NOT_FOUND;
+	if (view.pMap) index = const_cast<MapVocabulary<QualifiedNameEntry>*>(view.pMap)->indexWithin(name, Encoder::MAXINT20, qneExists);
+	else if (view.pHash) index = const_cast<HashVocabulary<QualifiedNameEntry>*>(view.pHash)->indexWithin(name, Encoder::MAXINT20, qneExists);
+	else if (view.pTable->size() <= Encoder::MAXINT20) index = getQNameVocabulary(element).index(name, qneExists);
 	poco_assert(!qneExists);
 	return index;
 }
@@ -1049,23 +1087,22 @@ inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, c
 
 unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed)
 	/// The index of a string in table id, added when absent: one walk of the
-	/// table, and the string is built only to be added.
+	/// table, and the string is built only to be added. NOT_FOUND when the
+	/// table cannot take it: a full hash table, or one at the format's last
+	/// index; such a table takes nothing more.
 {
 	const StringTableView& view = viewOf(id);
-	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
-	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->indexWithin(data, length, NOT_FOUND, existed);
-	if (view.pHash)
-	{
-		const unsigned int index = const_cast<HashVocabulary<std::string>*>(view.pHash)->indexWithin(data, length, NOT_FOUND, existed);
-		if (index == NOT_FOUND) throw Ixor::PoolOverflowException("Vocabulary hash table full");
-		return index;
-	}
+	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->indexWithin(data, length, Encoder::MAXINT20, existed);
+	if (view.pHash) return const_cast<HashVocabulary<std::string>*>(view.pHash)->indexWithin(data, length, Encoder::MAXINT20, existed);
 	_text.assign(data, length);
+	const unsigned int index = view.pTable->exists(_text, existed);
+	if (existed || view.pTable->size() > Encoder::MAXINT20) return index;
 	return _vocabulary.index(id, _text, existed);
 }
 
 
-unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
+FastInfosetWriter::NameTableView& FastInfosetWriter::nameViewOf(bool element)
+	/// The view of a name table as its concrete kind.
 {
 	checkViews();
 	NameTableView& view = _nameViews[element];
@@ -1076,6 +1113,13 @@ unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool 
 		view.pMap = dynamic_cast<const MapVocabulary<QualifiedNameEntry>*>(pTable);
 		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<QualifiedNameEntry>*>(pTable);
 	}
+	return view;
+}
+
+
+unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
+{
+	const NameTableView& view = nameViewOf(element);
 	if (view.pMap) return view.pMap->find(name);
 	if (view.pHash) return view.pHash->find(name);
 	bool found = false;

@@ -1,6 +1,9 @@
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "EventRecorder.h"
 #include "TestSupport.h"
 #include <gtest/gtest.h>
 #include <functional>
@@ -30,6 +33,19 @@ std::string document(const std::function<void(FastInfosetWriter&)>& events, bool
 		if (withDocument) writer.endDocument();
 	}
 	return toHex(out.str());
+}
+
+
+std::vector<std::string> parsed(const std::string& document, bool comparable = false)
+	/// The events that the parser reports for document, one line each.
+{
+	EventRecorder::Options options;
+	options.comparable = comparable;
+	EventRecorder recorder(options);
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	parser.parseMemoryNP(document.data(), document.size());
+	return recorder.lines;
 }
 
 
@@ -373,4 +389,120 @@ TEST(WriterTest, IndexesComeOutAlikeOnTheQuickAndTheGeneralPath)
 		return toHex(out.str());
 	};
 	EXPECT_EQ(write(false), write(true));
+}
+
+
+TEST(WriterTest, FullTablesOfTheDefaultWriterTakeStringsInFull)
+{
+	// The hash tables hold 18 other strings and 65520 chunks besides their
+	// placeholders; what comes after goes out in full without entering the
+	// table, so that it never turns into an index the reader lacks.
+	std::ostringstream out;
+	std::vector<std::string> expected;
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		w.startElement("", "r", "r");
+		auto comment = [&](const std::string& text)
+		{
+			w.comment(text.data(), 0, static_cast<int>(text.size()));
+			expected.push_back("comment " + text);
+		};
+		auto chunk = [&](const std::string& text)
+		{
+			w.characters(text);
+			expected.push_back("characters " + text);
+		};
+		for (int i = 1; i <= 100; ++i) comment("c" + std::to_string(i));
+		for (int i = 1; i <= 70000; ++i) chunk("t" + std::to_string(i));
+		comment("c1");
+		comment("c100");
+		chunk("t1");
+		chunk("t70000");
+		w.endElement("", "r", "r");
+		w.endDocument();
+	}
+	const std::string octets = toHex(out.str());
+	// e2, 1 0000000: index 1; e2, 0 0 00 0011 and "c100": in full, not added;
+	// 10 1 00000: chunk index 1; 10 0 0 00 10 00000011 and "t70000"; ff
+	const std::string tail = "e280" "e203" + toHex("c100") + "a0" "8203" + toHex("t70000") + "ff";
+	ASSERT_GT(octets.size(), tail.size());
+	EXPECT_EQ(tail, octets.substr(octets.size() - tail.size()));
+	std::vector<std::string> text;
+	for (const std::string& line: parsed(out.str()))
+	{
+		if (line.compare(0, 8, "comment ") == 0 || line.compare(0, 11, "characters ") == 0) text.push_back(line);
+	}
+	EXPECT_EQ("", firstDifference(expected, text));
+}
+
+
+TEST(WriterTest, TablesStopAtTheFormatsLastIndex)
+{
+	// Map tables grow, but a document can refer to no index beyond 2^20.
+	// Local names and attribute names past it go out in full; the names
+	// after a name whose local name the table could not take keep the
+	// reader's indexes. (Strings that are not names take the path of a full
+	// hash table, above.)
+	const int PER_ELEMENT = 64;
+	const int COUNT = (1 << 20) + PER_ELEMENT;
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out, false, DocumentVocabulary::VOC_MAP);
+		w.startDocument();
+		w.startElement("", "r", "r");
+		AttributesImpl a;
+		for (int i = 0; i < COUNT; i += PER_ELEMENT)
+		{
+			a.clear();
+			for (int j = i; j < i + PER_ELEMENT; ++j)
+			{
+				const std::string n = std::to_string(j);
+				a.addAttribute("", "a" + n, "a" + n, "CDATA", "v");
+			}
+			w.emptyElement("", "e", "e", a);
+		}
+		for (const char* name: {"fresh", "a7", "a7", "fresh", "a7", "e"}) w.emptyElement("", name, name);
+		w.emptyElement("", "last", "last", attributes({{"a9", "v"}, {"a1048575", "v"}, {"b", "v"}}));
+		w.endElement("", "r", "r");
+		w.endDocument();
+	}
+
+	struct Checker: Ixor::XML::DefaultHandler
+		/// Checks the attributes of the many elements e as they come, and
+		/// keeps what follows them.
+	{
+		int next = 0;
+		int wrong = 0;
+		std::vector<std::string> tail;
+
+		void startElement(const std::string&, const std::string& localName, const std::string&, const Ixor::XML::Attributes& attributes) override
+		{
+			if (localName == "e" && next < COUNT)
+			{
+				for (int i = 0; i < attributes.getLength(); ++i, ++next)
+				{
+					const std::string n = std::to_string(next);
+					if (attributes.getLocalName(i) != "a" + n || attributes.getValue(i) != "v") ++wrong;
+				}
+				return;
+			}
+			std::string line = localName;
+			for (int i = 0; i < attributes.getLength(); ++i) line += " " + attributes.getLocalName(i) + "=" + attributes.getValue(i);
+			tail.push_back(line);
+		}
+	};
+	Checker checker;
+	FastInfosetParser parser;
+	parser.setContentHandler(&checker);
+	const std::string document = out.str();
+	parser.parseMemoryNP(document.data(), document.size());
+	EXPECT_EQ(COUNT, checker.next);
+	EXPECT_EQ(0, checker.wrong);
+	const std::vector<std::string> tail =
+	{
+		"r",   // reported first
+		"fresh", "a7", "a7", "fresh", "a7", "e", "last a9=v a1048575=v b=v"
+	};
+	EXPECT_EQ(tail, checker.tail);
 }

@@ -222,6 +222,7 @@ private:
 	FastInfosetWriter(const FastInfosetWriter&);
 	FastInfosetWriter& operator = (const FastInfosetWriter&);
 
+	unsigned int writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3]);
 	void writeText(const char* text, std::size_t length);
 	bool writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize);
 	template <class E, class... Values>
@@ -272,6 +273,7 @@ private:
 		const MapVocabulary<QualifiedNameEntry>* pMap;
 		const HashVocabulary<QualifiedNameEntry>* pHash;
 	};
+	NameTableView& nameViewOf(bool element);
 	void pushState(State state);
 	void popState();
 	const std::string& prefixOf(const std::string& uri);
