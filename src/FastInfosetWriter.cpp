@@ -123,6 +123,7 @@ void FastInfosetWriter::init()
 	_prefixCacheMapped = false;
 	_prefixCacheGeneration = 0;
 	_uriCacheGeneration = 0;
+	_attributePrefixGeneration = 0;
 }
 
 
@@ -184,7 +185,7 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	}
 	else throw FISException("Tag mismatch", nameToString(localName, qname));
 
-	handleNamespaces(attributes, uri);
+	handleNamespaces(attributes);
 	writeElement(_prefix, uri, *pName);
 	pushState(ELEMENT);
 }
@@ -240,32 +241,14 @@ void FastInfosetWriter::dataElement(const XMLString& uri, const XMLString& local
 }
 
 
-void FastInfosetWriter::handleNamespaces(const Attributes& attributes, const std::string& uri)
+void FastInfosetWriter::handleNamespaces(const Attributes& attributes)
 {
-	declareAttributeNamespaces(attributes);
+	addAttributes(attributes);
 	addNamespaceAttributes();
-	addAttributes(attributes, uri);
 	// The element's own context opens only now: its declarations were made
 	// in the context current at its start event, where startPrefixMapping
 	// declares too.
 	pushContext();
-}
-
-
-void FastInfosetWriter::declareAttributeNamespaces(const Attributes& attributes)
-{
-	const int count = attributes.getLength();
-	for (int i = 0; i < count; ++i)
-	{
-		const XMLString& attributeURI = attributes.getURI(i);
-		// An attribute without namespace name declares nothing.
-		if (attributeURI.empty() || attributes.getLocalName(i).empty()) continue;
-		Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, _qnameLocal);
-		if (_qnamePrefix.empty()) _qnamePrefix = prefixOf(attributeURI);
-		const std::string& mapped = mappedURI(_qnamePrefix);
-		if (!mapped.empty() && mapped == attributeURI) continue;
-		declarePrefix(_qnamePrefix, attributeURI);
-	}
 }
 
 
@@ -287,10 +270,11 @@ void FastInfosetWriter::addNamespaceAttributes()
 }
 
 
-void FastInfosetWriter::addAttributes(const Attributes& attributes, const std::string& elementURI)
+void FastInfosetWriter::addAttributes(const Attributes& attributes)
+	/// Takes the attributes of the element, with the prefix of each, and
+	/// declares what their prefixes need. The attribute list outlives the
+	/// writing of the element: its strings are referred to, not copied.
 {
-	// The attribute list outlives the writing of the element: its strings
-	// are referred to, not copied.
 	const int count = attributes.getLength();
 	for (int i = 0; i < count; ++i)
 	{
@@ -298,16 +282,104 @@ void FastInfosetWriter::addAttributes(const Attributes& attributes, const std::s
 		PendingAttribute& attribute = _pendingAttributes[_attributeCount++];
 		attribute.pURI = &attributes.getURI(i);
 		attribute.pLocalName = &attributes.getLocalName(i);
+		attribute.pValue = &attributes.getValue(i);
+		const XMLString& qname = attributes.getQName(i);
 		if (attribute.pLocalName->empty())
 		{
-			Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, attribute.localName);
-			attribute.pLocalName = &attribute.localName;
+			// Without namespace processing the qualified name is the name, as
+			// for elements: its prefix is part of it.
+			if (attribute.pURI->empty())
+			{
+				attribute.pLocalName = &qname;
+			}
+			else
+			{
+				Ixor::XML::Name::split(qname, _qnamePrefix, attribute.localName);
+				attribute.pLocalName = &attribute.localName;
+			}
+			if (attribute.pLocalName->empty()) throw FISException("Attribute without a name");
 		}
-		// An attribute in its element's namespace is written without prefix.
-		if (*attribute.pURI != elementURI) attribute.prefix = prefixOf(*attribute.pURI);
-		else attribute.prefix.clear();
-		attribute.pValue = &attributes.getValue(i);
+		if (attribute.pURI->empty()) attribute.prefix.clear();
+		else choosePrefix(_attributeCount - 1, qname);
 	}
+}
+
+
+void FastInfosetWriter::choosePrefix(std::size_t index, const std::string& qname)
+	/// An attribute with a namespace name needs a prefix: unprefixed
+	/// attributes have no namespace. The prefix of its qualified name when
+	/// it has one and it can mean that namespace here, else a prefix in
+	/// scope for the namespace, else a new one; what is not in scope is
+	/// declared on the element.
+{
+	PendingAttribute& attribute = _pendingAttributes[index];
+	const std::string& uri = *attribute.pURI;
+	const std::size_t colon = qname.find(':');
+	if (colon != std::string::npos && colon != 0)
+	{
+		attribute.prefix.assign(qname, 0, colon);
+		if (mappedURI(attribute.prefix) == uri) return;
+		// A prefix that the element or an earlier attribute uses keeps its
+		// meaning.
+		if (!prefixUsedHere(attribute.prefix, index))
+		{
+			declarePrefix(attribute.prefix, uri);
+			return;
+		}
+	}
+	const std::string& inScope = attributePrefixOf(uri);
+	if (!inScope.empty())
+	{
+		attribute.prefix = inScope;
+		return;
+	}
+	attribute.prefix = newPrefix();
+	declarePrefix(attribute.prefix, uri);
+}
+
+
+bool FastInfosetWriter::prefixUsedHere(const std::string& prefix, std::size_t before) const
+{
+	if (prefix == _prefix) return true;
+	for (std::size_t i = 0; i < before; ++i)
+	{
+		if (_pendingAttributes[i].prefix == prefix) return true;
+	}
+	return false;
+}
+
+
+const std::string& FastInfosetWriter::attributePrefixOf(const std::string& uri)
+	/// A prefix other than the empty one that is mapped to uri in scope, or
+	/// the empty string when there is none. The namespace support may name
+	/// the default namespace or a prefix that an inner declaration took over;
+	/// neither serves an attribute.
+{
+	if (_attributePrefixGeneration != _namespaceGeneration || uri != _attributePrefixURI)
+	{
+		_attributePrefixURI = uri;
+		_attributePrefixGeneration = _namespaceGeneration;
+		const std::string& first = _namespaces.getPrefix(uri);
+		if (!first.empty() && _namespaces.getURI(first) == uri)
+		{
+			_attributePrefix = first;
+		}
+		else
+		{
+			_attributePrefix.clear();
+			_declaredPrefixes.clear();
+			_namespaces.getPrefixes(uri, _declaredPrefixes);
+			for (const std::string& prefix: _declaredPrefixes)
+			{
+				if (!prefix.empty() && _namespaces.getURI(prefix) == uri)
+				{
+					_attributePrefix = prefix;
+					break;
+				}
+			}
+		}
+	}
+	return _attributePrefix;
 }
 
 

@@ -392,6 +392,58 @@ TEST(WriterTest, IndexesComeOutAlikeOnTheQuickAndTheGeneralPath)
 }
 
 
+TEST(WriterTest, AttributesWithANamespaceHaveAPrefix)
+{
+	// An unprefixed attribute has no namespace, so one with a namespace name
+	// is written with a prefix: its own when that can mean the namespace,
+	// one in scope, or a new one, never the default namespace.
+	struct Name { const char* uri; const char* localName; const char* qname; };
+	const struct
+	{
+		const char* what;
+		const char* mappedPrefix;   // declared with startPrefixMapping when not null
+		const char* mappedURI;
+		Name element;
+		Name attribute;
+		std::string hex;
+	}
+	cases[] =
+	{
+		// 0 element, 1 attributes, 111000: 78; 110011 1 1: cf, "p" 00 70, "urn:p" 04 ...
+		// 1111 000000, 00 1111 1 1: f0 3f, prefix and namespace index 2: 81 81, "e" 00 65
+		// 0 11110 1 1: 7b, 81 81, "a" 00 61, value 40 31; ff, f0
+		{"in the element's namespace", "p", "urn:p", {"urn:p", "e", "p:e"}, {"urn:p", "a", "p:a"},
+			"78 cf 0070 04" + toHex("urn:p") + " f0 3f 81 81 0065 7b 81 81 0061 4031 ff f0"},
+		// 110011 0 1: cd "urn:d"; cf "ns1" "urn:q"; f0; 00 1111 0 1: 3d, namespace 2: 81, "e"
+		// attribute: 7b, prefix ns1 2: 81, namespace urn:q 3: 82
+		{"no prefix and not in scope: a new one, while the default namespace stays", "", "urn:d", {"urn:d", "e", "e"}, {"urn:q", "a", ""},
+			"78 cd 04" + toHex("urn:d") + " cf 02" + toHex("ns1") + "04" + toHex("urn:q") + " f0 3d 81 0065 7b 81 82 0061 4031 ff f0"},
+		// cf "q" "urn:q"; f0; 00 1111 0 0: 3c "e"; 7b 81 81 "a"
+		{"its own prefix, declared where it is not in scope", 0, 0, {"", "e", "e"}, {"urn:q", "a", "q:a"},
+			"78 cf 0071 04" + toHex("urn:q") + " f0 3c 0065 7b 81 81 0061 4031 ff f0"},
+		// ns1 before p: cf "ns1" "urn:q", cf "p" "urn:p"; f0; 3f 82 82 "e"; 7b 81 81 "a"
+		{"its own prefix names the element's namespace: a new one", "p", "urn:p", {"urn:p", "e", "p:e"}, {"urn:q", "a", "p:a"},
+			"78 cf 02" + toHex("ns1") + "04" + toHex("urn:q") + " cf 0070 04" + toHex("urn:p") + " f0 3f 82 82 0065 7b 81 81 0061 4031 ff f0"},
+		// 0 1 1111 0 0: 7c "e"; 0 11110 0 0: 78, "x:a" 02 ...
+		{"no namespace processing: the qualified name is the name", 0, 0, {"", "", "e"}, {"", "", "x:a"},
+			"7c 0065 78 02" + toHex("x:a") + " 4031 ff f0"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		std::string expected = HEADER + NO_OPTIONS + c.hex;
+		expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
+		EXPECT_EQ(expected, document([&](FastInfosetWriter& w)
+		{
+			AttributesImpl a;
+			a.addAttribute(c.attribute.uri, c.attribute.localName, c.attribute.qname, "CDATA", "1");
+			if (c.mappedPrefix) w.startPrefixMapping(c.mappedPrefix, c.mappedURI);
+			w.emptyElement(c.element.uri, c.element.localName, c.element.qname, a);
+		}));
+	}
+}
+
+
 TEST(WriterTest, FullTablesOfTheDefaultWriterTakeStringsInFull)
 {
 	// The hash tables hold 18 other strings and 65520 chunks besides their

@@ -189,10 +189,9 @@ protected:
 	void writeProcessingInstruction(const std::string& target, const std::string& data);
 
 	// Elements and attributes
-	void handleNamespaces(const Ixor::XML::Attributes& attributes, const std::string& uri);
-	void declareAttributeNamespaces(const Ixor::XML::Attributes& attributes);
+	void handleNamespaces(const Ixor::XML::Attributes& attributes);
 	void addNamespaceAttributes();
-	void addAttributes(const Ixor::XML::Attributes& attributes, const std::string& elementURI);
+	void addAttributes(const Ixor::XML::Attributes& attributes);
 	void writeElement(const std::string& prefix, const std::string& uri, const std::string& localName);
 	void writeAttribute(const std::string& prefix, const std::string& uri, const std::string& localName, const std::string& value);
 
@@ -222,6 +221,9 @@ private:
 	FastInfosetWriter(const FastInfosetWriter&);
 	FastInfosetWriter& operator = (const FastInfosetWriter&);
 
+	void choosePrefix(std::size_t attribute, const std::string& qname);
+	bool prefixUsedHere(const std::string& prefix, std::size_t before) const;
+	const std::string& attributePrefixOf(const std::string& uri);
 	unsigned int writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3]);
 	void writeText(const char* text, std::size_t length);
 	bool writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize);
@@ -350,6 +352,9 @@ private:
 	std::string                            _uriCachePrefix;
 	std::string                            _uriCacheURI;
 	UInt64                                 _uriCacheGeneration;
+	std::string                            _attributePrefixURI;
+	std::string                            _attributePrefix;
+	UInt64                                 _attributePrefixGeneration;
 };
 
 
