@@ -13,10 +13,12 @@
 #include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Ixor/FastInfoset/VocabularyHash.h"
 #include "FastEncoding.h"
+#include "XMLName.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
 #include "Poco/NumberFormatter.h"
+#include <algorithm>
 #include <cstring>
 
 
@@ -124,6 +126,10 @@ void FastInfosetWriter::init()
 	_prefixCacheGeneration = 0;
 	_uriCacheGeneration = 0;
 	_attributePrefixGeneration = 0;
+	_progress = NOT_STARTED;
+	_depth = 0;
+	_rootStarted = false;
+	_elementName = StoredName();
 }
 
 
@@ -137,33 +143,90 @@ void FastInfosetWriter::setDocumentLocator(const Ixor::XML::Locator*)
 
 void FastInfosetWriter::startDocument()
 {
-	writeHeader();
+	if (_progress == ENDED) refuse("startDocument()");
+	if (_progress != NOT_STARTED) throw FISException("startDocument() inside a document");
 	pushState(DOCUMENT);
 	_namespaces.reset();
 	++_namespaceGeneration;
 	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
 	pushContext();
+	_progress = PROLOG;
 }
 
 
 void FastInfosetWriter::endDocument()
 {
+	if (_progress != BODY && _progress != PROLOG) refuse("endDocument()");
+	if (_states.back() != DOCUMENT) refuse("endDocument()");
+	if (_progress == PROLOG) writeProlog();
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	_writer.complete();
 	popState();
+	_progress = ENDED;
+}
+
+
+void FastInfosetWriter::startBody(const char* event)
+	/// What an element at the document's level needs: a started document, no
+	/// open document type declaration, no root element before, and the
+	/// header and the prolog written.
+{
+	if (_progress != PROLOG && _progress != BODY) refuse(event);
+	if (_states.back() != DOCUMENT || _rootStarted) refuse(event);
+	if (_progress == PROLOG) writeProlog();
+}
+
+
+void FastInfosetWriter::writeProlog()
+	/// The header, then what came before the root element, in its order:
+	/// the prolog's strings enter the vocabulary only after the header has
+	/// taken its initial vocabulary from it.
+{
+	writeHeader();
+	_progress = BODY;
+	for (const PrologItem& item: _prolog)
+	{
+		switch (item.kind)
+		{
+		case PrologItem::PI:        writePIItem(item.first, item.second); break;
+		case PrologItem::COMMENT:   writeCommentItem(item.first); break;
+		case PrologItem::DTD_START: writeDTDStart(item.first, item.second); break;
+		case PrologItem::DTD_END:   writeDTDEnd(); break;
+		}
+	}
+	_prolog.clear();
+}
+
+
+void FastInfosetWriter::refuse(const char* event, const std::string& name) const
+	/// Throws the FISException that says why event makes no document here.
+{
+	std::string message(event);
+	const State top = _states.back();
+	if (_progress == NOT_STARTED) message += " before startDocument()";
+	else if (_progress == ENDED) message += " after endDocument(): a writer writes one document";
+	else if (top == DTD) message += " inside the document type declaration";
+	else if (top == CDATA_SECTION) message += " inside a CDATA section";
+	else if (_depth != 0)
+	{
+		const OpenElement& open = _openElements[_depth - 1];
+		message += open.revision == _vocabulary.revision() ? " with the element " + open.name() + " open" : " inside an element";
+	}
+	else if (_rootStarted) message += " after the root element";
+	else message += " outside the root element";
+	if (name.empty()) throw FISException(message);
+	throw FISException(message, name);
 }
 
 
 void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const Attributes& attributes)
 {
+	if (_depth == 0) startBody("startElement()");
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_prefix.clear();
 	_declarationCount = 0;
 	_attributeCount = 0;
-	// Elements start on an octet; the padding is only flushed at the end.
-	_writer.pad(false);
-	_writer.write(false);
 
 	const std::string* pName = &localName;
 	if (!localName.empty() && (qname.empty() || qname == localName))
@@ -186,17 +249,63 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	else throw FISException("Tag mismatch", nameToString(localName, qname));
 
 	handleNamespaces(attributes);
+	// Everything is checked: the element starts on an octet.
+	_writer.pad(false);
+	_writer.write(false);
 	writeElement(_prefix, uri, *pName);
 	pushState(ELEMENT);
+	_rootStarted = true;
+
+	if (_depth == _openElements.size()) _openElements.emplace_back();
+	OpenElement& open = _openElements[_depth++];
+	open.stored = _elementName;
+	if (!open.stored.pPrefix) open.prefix = _prefix;
+	if (!open.stored.pURI) open.uri = uri;
+	if (!open.stored.pLocalName) open.localName = *pName;
+	open.revision = _vocabulary.revision();
 }
 
 
-void FastInfosetWriter::endElement(const XMLString&, const XMLString&, const XMLString&)
+void FastInfosetWriter::endElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
 {
+	if (_states.back() != ELEMENT) refuse("endElement()", nameToString(localName, qname));
+	const OpenElement& open = _openElements[_depth - 1];
+	if (!open.matches(uri, localName, qname, _vocabulary.revision()))
+	{
+		const std::string endName = !qname.empty() || uri.empty() ? nameToString(localName, qname) : "{" + uri + "}" + localName;
+		throw FISException("Mismatched end tag", endName + " ends " + open.name());
+	}
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	popState();
 	popContext();
+	--_depth;
+}
+
+
+bool FastInfosetWriter::OpenElement::matches(const std::string& endURI, const std::string& endLocalName, const std::string& endQName, UInt64 currentRevision) const
+	/// As the host's XML writer compares: the same namespace name and local
+	/// name, or the same qualified name. Once the vocabulary has new tables
+	/// the stored parts are gone, and nothing can be compared.
+{
+	if (revision != currentRevision) return true;
+	const std::string& local = stored.pLocalName ? *stored.pLocalName : localName;
+	if (!endLocalName.empty() && endLocalName == local && endURI == (stored.pURI ? *stored.pURI : uri)) return true;
+	if (endQName.empty()) return false;
+	const std::string& pre = stored.pPrefix ? *stored.pPrefix : prefix;
+	if (pre.empty()) return endQName == local;
+	return endQName.size() == pre.size() + 1 + local.size() && endQName.compare(0, pre.size(), pre) == 0
+		&& endQName[pre.size()] == ':' && endQName.compare(pre.size() + 1, std::string::npos, local) == 0;
+}
+
+
+std::string FastInfosetWriter::OpenElement::name() const
+{
+	const std::string& pre = stored.pPrefix ? *stored.pPrefix : prefix;
+	const std::string& namespaceURI = stored.pURI ? *stored.pURI : uri;
+	const std::string& local = stored.pLocalName ? *stored.pLocalName : localName;
+	if (!pre.empty()) return pre + ":" + local;
+	return namespaceURI.empty() ? local : "{" + namespaceURI + "}" + local;
 }
 
 
@@ -276,6 +385,10 @@ void FastInfosetWriter::addAttributes(const Attributes& attributes)
 	/// writing of the element: its strings are referred to, not copied.
 {
 	const int count = attributes.getLength();
+	// A bit per attribute, chosen by its local name: only attributes whose
+	// bits meet can be the same, and only then are they compared in full.
+	UInt64 seen = 0;
+	bool mayRepeat = false;
 	for (int i = 0; i < count; ++i)
 	{
 		if (_attributeCount == _pendingAttributes.size()) _pendingAttributes.emplace_back();
@@ -301,7 +414,13 @@ void FastInfosetWriter::addAttributes(const Attributes& attributes)
 		}
 		if (attribute.pURI->empty()) attribute.prefix.clear();
 		else choosePrefix(_attributeCount - 1, qname);
+
+		const std::string& local = *attribute.pLocalName;
+		const UInt64 bit = UInt64(1) << ((local.size() + static_cast<unsigned char>(local[0]) * 3 + static_cast<unsigned char>(local.back()) * 5) & 63);
+		mayRepeat |= (seen & bit) != 0;
+		seen |= bit;
 	}
+	if (mayRepeat) checkDistinctAttributes();
 }
 
 
@@ -383,6 +502,51 @@ const std::string& FastInfosetWriter::attributePrefixOf(const std::string& uri)
 }
 
 
+void FastInfosetWriter::checkDistinctAttributes()
+	/// No two attributes of the element have the same namespace name and
+	/// local name. Few are compared pairwise, many in sorted order.
+{
+	auto same = [this](std::size_t a, std::size_t b)
+	{
+		const PendingAttribute& first = _pendingAttributes[a];
+		const PendingAttribute& second = _pendingAttributes[b];
+		return *first.pLocalName == *second.pLocalName && *first.pURI == *second.pURI;
+	};
+	std::size_t twice = _attributeCount;
+	if (_attributeCount <= 8)
+	{
+		for (std::size_t i = 1; i < _attributeCount && twice == _attributeCount; ++i)
+		{
+			for (std::size_t j = 0; j < i; ++j)
+			{
+				if (same(i, j))
+				{
+					twice = i;
+					break;
+				}
+			}
+		}
+	}
+	else
+	{
+		_attributeOrder.resize(_attributeCount);
+		for (std::size_t i = 0; i < _attributeCount; ++i) _attributeOrder[i] = i;
+		std::sort(_attributeOrder.begin(), _attributeOrder.end(), [this](std::size_t a, std::size_t b)
+		{
+			const int order = _pendingAttributes[a].pLocalName->compare(*_pendingAttributes[b].pLocalName);
+			return order != 0 ? order < 0 : *_pendingAttributes[a].pURI < *_pendingAttributes[b].pURI;
+		});
+		for (std::size_t i = 1; i < _attributeCount && twice == _attributeCount; ++i)
+		{
+			if (same(_attributeOrder[i - 1], _attributeOrder[i])) twice = _attributeOrder[i];
+		}
+	}
+	if (twice == _attributeCount) return;
+	const PendingAttribute& attribute = _pendingAttributes[twice];
+	throw FISException("Duplicate attribute", attribute.prefix.empty() ? *attribute.pLocalName : attribute.prefix + ":" + *attribute.pLocalName);
+}
+
+
 void FastInfosetWriter::writeElement(const std::string& prefix, const std::string& uri, const std::string& localName)
 {
 	if (_writer.bitPos() != 1)
@@ -398,7 +562,7 @@ void FastInfosetWriter::writeElement(const std::string& prefix, const std::strin
 		}
 		_writer.write(0x3C0u, 10);                    // 1111 terminator, then 000000 up to the name
 	}
-	writeQualifiedNameOrIndex(prefix, uri, localName, true);
+	writeName(prefix, uri, localName, true, &_elementName);
 	if (_attributeCount != 0)
 	{
 		for (std::size_t i = 0; i < _attributeCount; ++i)
@@ -553,9 +717,14 @@ void FastInfosetWriter::characters(const std::string& text)
 
 void FastInfosetWriter::writeText(const char* text, std::size_t length)
 {
-	if (!_pendingEncodings.empty()) handleEncodedData();
 	// An empty chunk cannot be written (its index 0 is not allowed where
 	// chunks put their index); empty text is no text, so nothing goes out.
+	if (_depth == 0)
+	{
+		if (length == 0) return;
+		refuse("characters()");
+	}
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	if (length == 0) return;
 	_writer.pad(false);
 	if (writeStringFast(text, length, DocumentVocabulary::CONTENT_CHARACTER_CHUNK, 2, 2)) return;
@@ -620,12 +789,14 @@ void FastInfosetWriter::ignorableWhitespace(const XMLChar ch[], int start, int l
 void FastInfosetWriter::startCDATA()
 {
 	if (_states.back() == CDATA_SECTION) throw FISException("Cannot nest CDATA sections");
+	if (_depth == 0) refuse("startCDATA()");
 	pushState(CDATA_SECTION);
 }
 
 
 void FastInfosetWriter::endCDATA()
 {
+	if (_states.back() != CDATA_SECTION) throw FISException("endCDATA() without startCDATA()");
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	popState();
 }
@@ -633,7 +804,20 @@ void FastInfosetWriter::endCDATA()
 
 void FastInfosetWriter::processingInstruction(const XMLString& target, const XMLString& data)
 {
+	if (_progress != BODY)
+	{
+		if (_progress != PROLOG) refuse("processingInstruction()", target);
+		checkName(target, DocumentVocabulary::OTHER_NCNAME);
+		_prolog.push_back(PrologItem{PrologItem::PI, target, data});
+		return;
+	}
 	if (!_pendingEncodings.empty()) handleEncodedData();
+	writePIItem(target, data);
+}
+
+
+void FastInfosetWriter::writePIItem(const std::string& target, const std::string& data)
+{
 	_writer.pad(false);
 	_writer.write(0xE1u, 8);
 	writeProcessingInstruction(target, data);
@@ -732,6 +916,7 @@ void FastInfosetWriter::appendValue(unsigned int type, const Values&... values)
 	/// joins it, as merge() would; else the run starts with the reusable
 	/// value of its algorithm, or with a new one that becomes reusable.
 {
+	if (_depth == 0) refuse(type == 2 ? "binaryData()" : "encodedData()");
 	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
 	{
 		static_cast<E&>(*_pendingEncodings.back()).append(values...);
@@ -751,6 +936,7 @@ void FastInfosetWriter::appendValue(unsigned int type, const Values&... values)
 
 void FastInfosetWriter::insertEncoding(const Ixor::AutoPtr<Encoding>& value)
 {
+	if (_depth == 0) refuse("binaryData()");
 	if (_pendingEncodings.empty() || !_pendingEncodings.back()->merge(*value))
 		_pendingEncodings.push_back(value);
 }
@@ -781,14 +967,33 @@ void FastInfosetWriter::handleEncodedData()
 //
 unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
 	/// The index of str, or NOT_FOUND when the table could not take it.
+	/// Names are checked once, before they first go out in full and enter
+	/// the table; repeats cost nothing.
 {
 	bool existed = false;
-	const unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	unsigned int index = Vocabulary<std::string>::NOT_FOUND;
+	if (voc == DocumentVocabulary::PREFIX || voc == DocumentVocabulary::LOCAL_NAME || voc == DocumentVocabulary::OTHER_NCNAME)
+	{
+		index = lookup(voc, str.data(), str.size());
+		existed = index != Vocabulary<std::string>::NOT_FOUND && !str.empty();
+		if (!existed) checkName(str, voc);
+	}
+	if (!existed) index = indexOf(voc, str.data(), str.size(), existed);
 	// A table that cannot take the string gets no more entries: the reader,
 	// which adds every identifying string written in full, only holds more.
 	if (existed) writeIdentifyingStringIndex(index);
 	else writeIdentifyingString(str, voc);
 	return index;
+}
+
+
+void FastInfosetWriter::checkName(const std::string& name, DocumentVocabulary::ID voc) const
+{
+	if (voc == DocumentVocabulary::PREFIX)
+	{
+		if (!XMLName::isName(name, false)) throw FISException("Not a namespace prefix", name);
+	}
+	else if (!XMLName::isName(name, true)) throw FISException("Not an XML name", name);
 }
 
 
@@ -944,6 +1149,15 @@ unsigned int FastInfosetWriter::writeCharacterChunk(const std::string& str)
 
 unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
 {
+	return writeName(prefix, namespaceURI, localName, element, 0);
+}
+
+
+unsigned int FastInfosetWriter::writeName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, StoredName* pStored)
+	/// writeQualifiedNameOrIndex(); with pStored, also where the vocabulary
+	/// holds the parts of the name. The result is NOT_FOUND for a name that
+	/// its table could not take.
+{
 	const int pos = _writer.bitPos();
 	if (pos != 1 && pos != 2)
 		throw FISEncodingException("Illegal startposition for a writeQualifiedNameOrIndex value");
@@ -992,6 +1206,12 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		{
 			writeInteger(index);
 			poco_assert(_writer.bitPos() == 0);
+			if (pStored)
+			{
+				pStored->pPrefix = prefix.empty() ? &noPrefix() : &storedString(DocumentVocabulary::PREFIX, prefixIndex);
+				pStored->pURI = namespaceURI.empty() ? &noPrefix() : &storedString(DocumentVocabulary::NAMESPACE_NAME, namespaceIndex);
+				pStored->pLocalName = slot.pLocalName;
+			}
 			return index;
 		}
 	}
@@ -999,6 +1219,12 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 	unsigned int parts[3];
 	const unsigned int index = writeLiteralName(prefix, namespaceURI, localName, element, parts);
 	poco_assert(_writer.bitPos() == 0);
+	if (pStored)
+	{
+		pStored->pPrefix = prefix.empty() ? &noPrefix() : parts[0] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::PREFIX, parts[0]);
+		pStored->pURI = namespaceURI.empty() ? &noPrefix() : parts[1] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::NAMESPACE_NAME, parts[1]);
+		pStored->pLocalName = parts[2] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::LOCAL_NAME, parts[2]);
+	}
 	return index;
 }
 
@@ -1170,6 +1396,12 @@ unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* d
 	const unsigned int index = view.pTable->exists(_text, existed);
 	if (existed || view.pTable->size() > Encoder::MAXINT20) return index;
 	return _vocabulary.index(id, _text, existed);
+}
+
+
+inline const std::string& FastInfosetWriter::storedString(DocumentVocabulary::ID id, unsigned int index)
+{
+	return viewOf(id).pTable->index()[index];
 }
 
 
@@ -1375,14 +1607,17 @@ void FastInfosetWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>
 
 void FastInfosetWriter::notationDecl(const XMLString& name, const XMLString* publicId, const XMLString* systemId)
 {
-	poco_assert(_states.back() == UNINITIALIZED);
+	if (_progress != NOT_STARTED && _progress != PROLOG) refuse("notationDecl()", name);
+	checkName(name, DocumentVocabulary::OTHER_NCNAME);
 	_notations.push_back(Notation(name, publicId ? *publicId : XMLString(), systemId ? *systemId : XMLString()));
 }
 
 
 void FastInfosetWriter::unparsedEntityDecl(const XMLString& name, const XMLString* publicId, const XMLString& systemId, const XMLString& notationName)
 {
-	poco_assert(_states.back() == UNINITIALIZED);
+	if (_progress != NOT_STARTED && _progress != PROLOG) refuse("unparsedEntityDecl()", name);
+	checkName(name, DocumentVocabulary::OTHER_NCNAME);
+	checkName(notationName, DocumentVocabulary::OTHER_NCNAME);
 	_unparsedEntities.push_back(UnparsedEntity(name, publicId ? *publicId : XMLString(), systemId, notationName));
 }
 
@@ -1444,8 +1679,16 @@ void FastInfosetWriter::writeUnparsedEntity(const std::string& name, const std::
 
 void FastInfosetWriter::startDTD(const XMLString&, const XMLString& publicId, const XMLString& systemId)
 {
-	handleEncodedData();
+	if ((_progress != PROLOG && _progress != BODY) || _states.back() == DTD) refuse("startDTD()");
+	if (_progress == PROLOG) _prolog.push_back(PrologItem{PrologItem::DTD_START, publicId, systemId});
+	else if (!_pendingEncodings.empty()) handleEncodedData();
 	pushState(DTD);
+	if (_progress == BODY) writeDTDStart(publicId, systemId);
+}
+
+
+void FastInfosetWriter::writeDTDStart(const std::string& publicId, const std::string& systemId)
+{
 	_writer.pad(false);
 	_writer.write(0x31u, 6);                      // 110001
 	writeDocumentTypeDeclaration(publicId, systemId);
@@ -1465,9 +1708,17 @@ void FastInfosetWriter::writeDocumentTypeDeclaration(const std::string& publicId
 
 void FastInfosetWriter::endDTD()
 {
+	if (_states.back() != DTD) throw FISException("endDTD() without startDTD()");
+	popState();
+	if (_progress == PROLOG) _prolog.push_back(PrologItem{PrologItem::DTD_END, std::string(), std::string()});
+	else writeDTDEnd();
+}
+
+
+void FastInfosetWriter::writeDTDEnd()
+{
 	_writer.write(15u, 4);
 	poco_assert(_writer.bitPos() == 4);
-	popState();
 }
 
 
@@ -1483,12 +1734,25 @@ void FastInfosetWriter::endEntity(const XMLString&)
 
 void FastInfosetWriter::comment(const XMLChar ch[], int start, int length)
 {
-	if (!_pendingEncodings.empty()) handleEncodedData();
 	if (_states.back() == DTD) return;
+	const std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
+	if (_progress != BODY)
+	{
+		if (_progress != PROLOG) refuse("comment()");
+		_prolog.push_back(PrologItem{PrologItem::COMMENT, std::string(ch + start, size), std::string()});
+		return;
+	}
+	if (!_pendingEncodings.empty()) handleEncodedData();
+	_text.assign(ch + start, size);
+	writeCommentItem(_text);
+}
+
+
+void FastInfosetWriter::writeCommentItem(const std::string& text)
+{
 	_writer.pad(false);
 	_writer.write(0xE2u, 8);
-	_text.assign(ch + start, length > 0 ? static_cast<std::size_t>(length) : 0);
-	writeComment(_text);
+	writeComment(text);
 }
 
 

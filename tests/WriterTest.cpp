@@ -1,3 +1,4 @@
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
@@ -268,21 +269,156 @@ TEST(WriterTest, HeaderCarriesDeclarationsAndTheInitialVocabulary)
 }
 
 
-TEST(WriterTest, MisuseIsRefused)
+TEST(WriterTest, EventSequencesThatMakeNoDocumentAreRefused)
 {
+	typedef std::function<void(FastInfosetWriter&)> Events;
+	const Events none = [](FastInfosetWriter&) {};
+	const Events started = [](FastInfosetWriter& w) { w.startDocument(); };
+	const Events inRoot = [](FastInfosetWriter& w) { w.startDocument(); w.startElement("", "a", "a"); };
+	const Events inCDATA = [](FastInfosetWriter& w) { w.startDocument(); w.startElement("", "a", "a"); w.startCDATA(); };
+	const Events afterRoot = [](FastInfosetWriter& w) { w.startDocument(); w.emptyElement("", "a", "a"); };
+	const Events ended = [](FastInfosetWriter& w) { w.startDocument(); w.emptyElement("", "a", "a"); w.endDocument(); };
+	AttributesImpl sameTwice = attributes({{"x", "1"}, {"y", "2"}, {"x", "3"}});
+	AttributesImpl sameNamespaceTwice;
+	sameNamespaceTwice.addAttribute("urn:q", "x", "p:x", "CDATA", "1");
+	sameNamespaceTwice.addAttribute("urn:q", "x", "q:x", "CDATA", "2");
+	AttributesImpl manyWithOneTwice;
+	for (int i = 0; i < 40; ++i) manyWithOneTwice.addAttribute("", "a" + std::to_string(i), "", "CDATA", "v");
+	manyWithOneTwice.addAttribute("", "a17", "", "CDATA", "again");
+	AttributesImpl noName;
+	noName.addAttribute("", "", "", "CDATA", "v");
+	AttributesImpl badName = attributes({{"a b", "1"}});
+	const struct
+	{
+		const char* message;
+		const Events& before;
+		Events refused;
+	}
+	cases[] =
+	{
+		{"startElement() before startDocument()",              none,      [](FastInfosetWriter& w) { w.startElement("", "a", "a"); }},
+		{"characters() before startDocument()",                none,      [](FastInfosetWriter& w) { w.characters("x"); }},
+		{"comment() before startDocument()",                   none,      [](FastInfosetWriter& w) { w.comment("c", 0, 1); }},
+		{"endDocument() before startDocument()",               none,      [](FastInfosetWriter& w) { w.endDocument(); }},
+		{"startDocument() inside a document",                  inRoot,    [](FastInfosetWriter& w) { w.startDocument(); }},
+		{"startDocument() after endDocument(): a writer writes one document", ended, [](FastInfosetWriter& w) { w.startDocument(); }},
+		{"processingInstruction() after endDocument(): a writer writes one document: t", ended, [](FastInfosetWriter& w) { w.processingInstruction("t", "d"); }},
+		{"Mismatched end tag: b ends a",                       inRoot,    [](FastInfosetWriter& w) { w.endElement("", "b", "b"); }},
+		{"Mismatched end tag: {urn:x}a ends a",                inRoot,    [](FastInfosetWriter& w) { w.endElement("urn:x", "a", ""); }},
+		{"endElement() outside the root element: a",           started,   [](FastInfosetWriter& w) { w.endElement("", "a", "a"); }},
+		{"endElement() after the root element: a",             afterRoot, [](FastInfosetWriter& w) { w.endElement("", "a", "a"); }},
+		{"endElement() inside a CDATA section: a",             inCDATA,   [](FastInfosetWriter& w) { w.endElement("", "a", "a"); }},
+		{"endDocument() with the element a open",              inRoot,    [](FastInfosetWriter& w) { w.endDocument(); }},
+		{"endDocument() inside a CDATA section",               inCDATA,   [](FastInfosetWriter& w) { w.endDocument(); }},
+		{"startElement() after the root element",              afterRoot, [](FastInfosetWriter& w) { w.startElement("", "b", "b"); }},
+		{"characters() after the root element",                afterRoot, [](FastInfosetWriter& w) { w.characters("x"); }},
+		{"encodedData() outside the root element",             started,   [](FastInfosetWriter& w) { w.encodedData(1); }},
+		{"startCDATA() outside the root element",              started,   [](FastInfosetWriter& w) { w.startCDATA(); }},
+		{"endCDATA() without startCDATA()",                    inRoot,    [](FastInfosetWriter& w) { w.endCDATA(); }},
+		{"endDTD() without startDTD()",                        started,   [](FastInfosetWriter& w) { w.endDTD(); }},
+		{"Cannot nest CDATA sections",                         inCDATA,   [](FastInfosetWriter& w) { w.startCDATA(); }},
+		{"notationDecl() with the element a open: n",          inRoot,    [](FastInfosetWriter& w) { w.notationDecl("n", 0, 0); }},
+		{"Tag mismatch",                                       started,   [](FastInfosetWriter& w) { w.startElement("", "", ""); }},
+		{"Tag mismatch: p:q",                                  started,   [](FastInfosetWriter& w) { w.startElement("urn:u", "", "p:q"); }},
+		{"Not an XML name: 1a",                                started,   [](FastInfosetWriter& w) { w.startElement("", "1a", "1a"); }},
+		{"Not an XML name: a b",                               inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", badName); }},
+		{"Not an XML name: x y",                               inRoot,    [](FastInfosetWriter& w) { w.processingInstruction("x y", "d"); }},
+		{"Not an XML name",                                    inRoot,    [](FastInfosetWriter& w) { w.processingInstruction("", "d"); }},
+		{"Not an XML name: n?",                                none,      [](FastInfosetWriter& w) { w.notationDecl("n?", 0, 0); }},
+		{"Not a namespace prefix: p:q",                        inRoot,    [](FastInfosetWriter& w) { w.startPrefixMapping("p:q", "urn:x"); w.startElement("", "e", "e"); }},
+		{"Duplicate attribute: x",                             inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", sameTwice); }},
+		{"Duplicate attribute: q:x",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", sameNamespaceTwice); }},
+		{"Duplicate attribute: a17",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", manyWithOneTwice); }},
+		{"Attribute without a name",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", noName); }},
+		{"startFragment() not allowed",                        started,   [](FastInfosetWriter& w) { w.startFragment(); }},
+		{"endFragment() not allowed",                          started,   [](FastInfosetWriter& w) { w.endFragment(); }},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.message);
+		std::ostringstream out;
+		FastInfosetWriter writer(out);
+		c.before(writer);
+		EXPECT_EQ(c.message, messageOf<FISException>([&] { c.refused(writer); }));
+	}
+
 	std::ostringstream out;
 	FastInfosetWriter writer(out);
-	writer.startDocument();
-	EXPECT_EQ("Tag mismatch", messageOf<FISException>([&] { writer.startElement("", "", ""); }));
-	EXPECT_EQ("Tag mismatch: p:q", messageOf<FISException>([&] { writer.startElement("urn:u", "", "p:q"); }));
-	writer.startCDATA();
-	EXPECT_EQ("Cannot nest CDATA sections", messageOf<FISException>([&] { writer.startCDATA(); }));
-	EXPECT_EQ("startFragment() not allowed", messageOf<FISException>([&] { writer.startFragment(); }));
-	EXPECT_EQ("endFragment() not allowed", messageOf<FISException>([&] { writer.endFragment(); }));
 	EXPECT_EQ("A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter",
 		messageOf<Ixor::InvalidArgumentException>([&] { writer.setDocumentVocabulary(DocumentVocabulary(DocumentVocabulary::VOC_VECTOR)); }));
 	EXPECT_EQ(DocumentVocabulary::VOC_HASH, writer.getDocumentVocabulary().impl());
-	EXPECT_THROW(writer.notationDecl("n", 0, 0), Ixor::AssertionViolationException);
+}
+
+
+TEST(WriterTest, RefusedEventsLeaveTheDocumentAsItWas)
+{
+	// What is refused is checked before any of it goes out: the document
+	// goes on as if the event had not come.
+	const std::string plain = document([](FastInfosetWriter& w)
+	{
+		w.startElement("", "a", "a", attributes({{"x", "1"}}));
+		w.emptyElement("", "b", "b", attributes({{"y", "2"}}));
+		w.endElement("", "a", "a");
+	});
+	const std::string refusals = document([](FastInfosetWriter& w)
+	{
+		EXPECT_THROW(w.endElement("", "a", "a"), FISException);
+		EXPECT_THROW(w.characters("before"), FISException);
+		w.startElement("", "a", "a", attributes({{"x", "1"}}));
+		EXPECT_THROW(w.startElement("", "b", "b", attributes({{"y", "1"}, {"y", "2"}})), FISException);
+		EXPECT_THROW(w.endElement("", "b", "b"), FISException);
+		EXPECT_THROW(w.endDocument(), FISException);
+		EXPECT_THROW(w.startDocument(), FISException);
+		EXPECT_THROW(w.endCDATA(), FISException);
+		w.emptyElement("", "b", "b", attributes({{"y", "2"}}));
+		w.endElement("", "a", "a");
+		EXPECT_THROW(w.startElement("", "c", "c"), FISException);
+		EXPECT_THROW(w.characters("after"), FISException);
+	});
+	EXPECT_EQ(plain, refusals);
+}
+
+
+TEST(WriterTest, NamesAreCheckedWhenTheyFirstGoOutInFull)
+{
+	const struct { const char* name; bool xmlName; } cases[] =
+	{
+		{"a",        true},
+		{"_a-1.b",   true},
+		{"p:local",  true},    // without namespaces the qualified name is the local name
+		{"\xC3\xA9t\xC3\xA9", true},   // été
+		{"\xE4\xB8\xAD", true},       // a CJK ideograph
+		{"a\xCC\x81", true},          // a combining mark after the first character
+		{"1a",       false},
+		{"-a",       false},
+		{"a b",      false},
+		{"a>",       false},
+		{"\xCC\x81", false},          // a combining mark cannot begin a name
+		{"a\xC3",    false},          // cut UTF-8
+		{"a\xFF",    false},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.name);
+		const std::string name(c.name);
+		auto written = [&](std::function<void(FastInfosetWriter&)> events)
+		{
+			return messageOf<FISException>([&] { document(events); });
+		};
+		const std::string expected = c.xmlName ? "no exception" : "Not an XML name: " + name;
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.emptyElement("", name, name); }));
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", attributes({{c.name, "v"}})); }));
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.processingInstruction(name, "d"); w.emptyElement("", "e", "e"); }));
+	}
+	// A name given to the writer in its vocabulary is taken as it is.
+	DocumentVocabulary vocabulary;
+	bool found = false;
+	vocabulary.index(DocumentVocabulary::LOCAL_NAME, "1a", found);
+	std::ostringstream out;
+	FastInfosetWriter writer(out, false, vocabulary);
+	writer.setExternalVocabulary("urn:v", vocabulary);
+	writer.startDocument();
+	EXPECT_NO_THROW(writer.emptyElement("", "1a", "1a"));
 }
 
 
@@ -557,4 +693,135 @@ TEST(WriterTest, TablesStopAtTheFormatsLastIndex)
 		"fresh", "a7", "a7", "fresh", "a7", "e", "last a9=v a1048575=v b=v"
 	};
 	EXPECT_EQ(tail, checker.tail);
+}
+
+
+TEST(WriterTest, DeclarationsBeforeTheRootElementGoIntoTheHeader)
+{
+	// An XML parser reports notations and unparsed entities inside the
+	// document type declaration, after comments and instructions may have
+	// come: the header waits for the root element, and what came before it
+	// keeps its order.
+	const std::string publicId("-//N//EN");
+	const std::string systemId("n.txt");
+	auto declare = [&](FastInfosetWriter& w)
+	{
+		w.notationDecl("n", &publicId, &systemId);
+		w.unparsedEntityDecl("pic", 0, "pic.png", "n");
+	};
+	enum Where { BEFORE_START, IN_THE_DTD, BEFORE_ROOT };
+	auto events = [&](Where where)
+	{
+		return [&, where](FastInfosetWriter& w)
+		{
+			if (where == BEFORE_START) declare(w);
+			w.startDocument();
+			w.comment("first", 0, 5);
+			w.startDTD("r", "", "r.dtd");
+			if (where == IN_THE_DTD) declare(w);
+			w.processingInstruction("in", "dtd");
+			w.endDTD();
+			w.processingInstruction("after", "dtd");
+			if (where == BEFORE_ROOT) declare(w);
+			w.startElement("", "r", "r", attributes({{"img", "pic"}}));
+			w.endElement("", "r", "r");
+			w.endDocument();
+		};
+	};
+	const std::vector<std::string> expected =
+	{
+		"notation n public=-//N//EN system=n.txt",
+		"unparsedEntity pic public=(null) system=pic.png notation=n",
+		"startDocument",
+		"comment first",
+		"startDTD  public= system=r.dtd",
+		"pi in dtd",
+		"endDTD",
+		"pi after dtd",
+		"startElement {}r  {}img=pic",
+		"endElement {}r ",
+		"endDocument",
+	};
+	const std::string first = document(events(BEFORE_START), false);
+	for (Where where: {BEFORE_START, IN_THE_DTD, BEFORE_ROOT})
+	{
+		SCOPED_TRACE(where);
+		const std::string octets = document(events(where), false);
+		EXPECT_EQ(first, octets);
+		std::vector<std::string> lines = parsed(fromHex(octets), true);
+		// Where the parser reports the declarations is its own business.
+		std::stable_partition(lines.begin(), lines.end(), [](const std::string& line) { return line.compare(0, 8, "notation") == 0 || line.compare(0, 8, "unparsed") == 0; });
+		EXPECT_EQ(expected, lines);
+	}
+	EXPECT_EQ("notationDecl() with the element r open: m", messageOf<FISException>([&]
+	{
+		document([](FastInfosetWriter& w) { w.startElement("", "r", "r"); w.notationDecl("m", 0, 0); });
+	}));
+}
+
+
+TEST(WriterTest, XMLWithNotationsAndUnparsedEntitiesConverts)
+{
+	const std::string xml =
+		"<?xml version='1.0'?>\n"
+		"<!-- a comment before the declaration -->\n"
+		"<!DOCTYPE catalog [\n"
+		"  <!NOTATION gif PUBLIC '-//CompuServe//NOTATION GIF//EN' 'image/gif'>\n"
+		"  <!NOTATION png SYSTEM 'image/png'>\n"
+		"  <!ENTITY logo SYSTEM 'logo.gif' NDATA gif>\n"
+		"  <!ENTITY photo PUBLIC '-//Photo//EN' 'photo.png' NDATA png>\n"
+		"  <!ATTLIST item picture ENTITY #IMPLIED>\n"
+		"]>\n"
+		"<catalog><item picture='logo'/><item picture='photo'/></catalog>\n";
+	std::istringstream in(xml);
+	std::ostringstream fi;
+	Converter::convertToFIS(in, fi, 0, 16);
+	std::vector<std::string> events = parsed(fi.str(), true);
+	std::stable_partition(events.begin(), events.end(), [](const std::string& line) { return line.compare(0, 8, "notation") == 0 || line.compare(0, 8, "unparsed") == 0; });
+	const std::vector<std::string> expected =
+	{
+		"notation gif public=-//CompuServe//NOTATION GIF//EN system=image/gif",
+		"notation png public=(null) system=image/png",
+		"unparsedEntity logo public=(null) system=logo.gif notation=gif",
+		"unparsedEntity photo public=-//Photo//EN system=photo.png notation=png",
+		"startDocument",
+		"comment  a comment before the declaration ",
+		"startDTD  public= system=",
+		"endDTD",
+		"startElement {}catalog ",
+		"startElement {}item  {}picture=logo",
+		"endElement {}item ",
+		"startElement {}item  {}picture=photo",
+		"endElement {}item ",
+		"endElement {}catalog ",
+		"endDocument",
+	};
+	EXPECT_EQ(expected, events);
+}
+
+
+TEST(WriterTest, WritersFollowOneAnotherOnOneStream)
+{
+	// Each writer leaves its whole document on the stream by endDocument()
+	// and nothing more when it goes: the next one writes right behind it.
+	auto write = [](std::ostream& out, int which)
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		if (which == 1) w.processingInstruction("only", "a prolog");   // no element: the header waits for endDocument()
+		else w.emptyElement("", "d" + std::to_string(which), "", attributes({{"n", "v"}}));
+		w.endDocument();
+	};
+	std::stringstream stream;
+	std::string separate[3];
+	for (int i = 0; i < 3; ++i)
+	{
+		write(stream, i);
+		std::ostringstream alone;
+		write(alone, i);
+		separate[i] = alone.str();
+	}
+	EXPECT_EQ(separate[0] + separate[1] + separate[2], stream.str());
+	EXPECT_EQ((std::vector<std::string>{"startDocument", "pi only a prolog", "endDocument"}), parsed(separate[1], true));
+	EXPECT_EQ((std::vector<std::string>{"startDocument", "startElement {}d2  {}n=v", "endElement {}d2 ", "endDocument"}), parsed(separate[2], true));
 }
