@@ -18,7 +18,6 @@
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
 #include "Poco/NumberFormatter.h"
-#include <algorithm>
 #include <cstring>
 
 
@@ -118,8 +117,10 @@ void FastInfosetWriter::init()
 	_states.push_back(UNINITIALIZED);
 	_lastPrefix.pTable = 0;
 	_lastPrefix.index = 0;
+	_lastPrefix.pStored = 0;
 	_lastNamespace.pTable = 0;
 	_lastNamespace.index = 0;
+	_lastNamespace.pStored = 0;
 	_namespaceGeneration = 1;
 	_emptyURIMapped = false;
 	_prefixCacheMapped = false;
@@ -130,6 +131,7 @@ void FastInfosetWriter::init()
 	_depth = 0;
 	_rootStarted = false;
 	_elementName = StoredName();
+	_openElements.reserve(16);
 }
 
 
@@ -211,7 +213,7 @@ void FastInfosetWriter::refuse(const char* event, const std::string& name) const
 	else if (_depth != 0)
 	{
 		const OpenElement& open = _openElements[_depth - 1];
-		message += open.revision == _vocabulary.revision() ? " with the element " + open.name() + " open" : " inside an element";
+		message += open.revision == _vocabulary.revision() ? " with the element " + open.toString() + " open" : " inside an element";
 	}
 	else if (_rootStarted) message += " after the root element";
 	else message += " outside the root element";
@@ -256,13 +258,31 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	pushState(ELEMENT);
 	_rootStarted = true;
 
+	const int copies = _elementName.pPrefix && _elementName.pURI && _elementName.pLocalName ? 0 : keepNameParts(uri, *pName);
 	if (_depth == _openElements.size()) _openElements.emplace_back();
 	OpenElement& open = _openElements[_depth++];
-	open.stored = _elementName;
-	if (!open.stored.pPrefix) open.prefix = _prefix;
-	if (!open.stored.pURI) open.uri = uri;
-	if (!open.stored.pLocalName) open.localName = *pName;
+	open.name = _elementName;
 	open.revision = _vocabulary.revision();
+	open.copies = copies;
+}
+
+
+int FastInfosetWriter::keepNameParts(const std::string& uri, const std::string& localName)
+	/// Copies of the parts of the element's name that no table took, for
+	/// the check of its end; they go when the element ends. Rare: only
+	/// tables that are full refuse parts.
+{
+	const std::string* parts[3] = {&_prefix, &uri, &localName};
+	const std::string** pStored[3] = {&_elementName.pPrefix, &_elementName.pURI, &_elementName.pLocalName};
+	int copies = 0;
+	for (int i = 0; i < 3; ++i)
+	{
+		if (*pStored[i]) continue;
+		_openNameCopies.emplace_back(new std::string(*parts[i]));
+		*pStored[i] = _openNameCopies.back().get();
+		++copies;
+	}
+	return copies;
 }
 
 
@@ -273,12 +293,13 @@ void FastInfosetWriter::endElement(const XMLString& uri, const XMLString& localN
 	if (!open.matches(uri, localName, qname, _vocabulary.revision()))
 	{
 		const std::string endName = !qname.empty() || uri.empty() ? nameToString(localName, qname) : "{" + uri + "}" + localName;
-		throw FISException("Mismatched end tag", endName + " ends " + open.name());
+		throw FISException("Mismatched end tag", endName + " ends " + open.toString());
 	}
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	popState();
 	popContext();
+	for (int i = open.copies; i > 0; --i) _openNameCopies.pop_back();
 	--_depth;
 }
 
@@ -289,23 +310,24 @@ bool FastInfosetWriter::OpenElement::matches(const std::string& endURI, const st
 	/// the stored parts are gone, and nothing can be compared.
 {
 	if (revision != currentRevision) return true;
-	const std::string& local = stored.pLocalName ? *stored.pLocalName : localName;
-	if (!endLocalName.empty() && endLocalName == local && endURI == (stored.pURI ? *stored.pURI : uri)) return true;
+	const std::string& local = *name.pLocalName;
+	if (!endLocalName.empty() && VocabularyHash<std::string>::equal(local, endLocalName.data(), endLocalName.size())
+		&& VocabularyHash<std::string>::equal(*name.pURI, endURI.data(), endURI.size()))
+	{
+		return true;
+	}
 	if (endQName.empty()) return false;
-	const std::string& pre = stored.pPrefix ? *stored.pPrefix : prefix;
+	const std::string& pre = *name.pPrefix;
 	if (pre.empty()) return endQName == local;
 	return endQName.size() == pre.size() + 1 + local.size() && endQName.compare(0, pre.size(), pre) == 0
 		&& endQName[pre.size()] == ':' && endQName.compare(pre.size() + 1, std::string::npos, local) == 0;
 }
 
 
-std::string FastInfosetWriter::OpenElement::name() const
+std::string FastInfosetWriter::OpenElement::toString() const
 {
-	const std::string& pre = stored.pPrefix ? *stored.pPrefix : prefix;
-	const std::string& namespaceURI = stored.pURI ? *stored.pURI : uri;
-	const std::string& local = stored.pLocalName ? *stored.pLocalName : localName;
-	if (!pre.empty()) return pre + ":" + local;
-	return namespaceURI.empty() ? local : "{" + namespaceURI + "}" + local;
+	if (!name.pPrefix->empty()) return *name.pPrefix + ":" + *name.pLocalName;
+	return name.pURI->empty() ? *name.pLocalName : "{" + *name.pURI + "}" + *name.pLocalName;
 }
 
 
@@ -396,9 +418,9 @@ void FastInfosetWriter::addAttributes(const Attributes& attributes)
 		attribute.pURI = &attributes.getURI(i);
 		attribute.pLocalName = &attributes.getLocalName(i);
 		attribute.pValue = &attributes.getValue(i);
-		const XMLString& qname = attributes.getQName(i);
 		if (attribute.pLocalName->empty())
 		{
+			const XMLString& qname = attributes.getQName(i);
 			// Without namespace processing the qualified name is the name, as
 			// for elements: its prefix is part of it.
 			if (attribute.pURI->empty())
@@ -413,7 +435,7 @@ void FastInfosetWriter::addAttributes(const Attributes& attributes)
 			if (attribute.pLocalName->empty()) throw FISException("Attribute without a name");
 		}
 		if (attribute.pURI->empty()) attribute.prefix.clear();
-		else choosePrefix(_attributeCount - 1, qname);
+		else choosePrefix(_attributeCount - 1, attributes.getQName(i));
 
 		const std::string& local = *attribute.pLocalName;
 		const UInt64 bit = UInt64(1) << ((local.size() + static_cast<unsigned char>(local[0]) * 3 + static_cast<unsigned char>(local.back()) * 5) & 63);
@@ -504,7 +526,8 @@ const std::string& FastInfosetWriter::attributePrefixOf(const std::string& uri)
 
 void FastInfosetWriter::checkDistinctAttributes()
 	/// No two attributes of the element have the same namespace name and
-	/// local name. Few are compared pairwise, many in sorted order.
+	/// local name. Few are compared pairwise, many through a hash set of
+	/// their positions.
 {
 	auto same = [this](std::size_t a, std::size_t b)
 	{
@@ -529,16 +552,20 @@ void FastInfosetWriter::checkDistinctAttributes()
 	}
 	else
 	{
-		_attributeOrder.resize(_attributeCount);
-		for (std::size_t i = 0; i < _attributeCount; ++i) _attributeOrder[i] = i;
-		std::sort(_attributeOrder.begin(), _attributeOrder.end(), [this](std::size_t a, std::size_t b)
+		std::size_t size = 16;
+		while (size < 2 * _attributeCount) size *= 2;
+		const std::size_t FREE = ~std::size_t(0);
+		_attributeSlots.assign(size, FREE);
+		for (std::size_t i = 0; i < _attributeCount && twice == _attributeCount; ++i)
 		{
-			const int order = _pendingAttributes[a].pLocalName->compare(*_pendingAttributes[b].pLocalName);
-			return order != 0 ? order < 0 : *_pendingAttributes[a].pURI < *_pendingAttributes[b].pURI;
-		});
-		for (std::size_t i = 1; i < _attributeCount && twice == _attributeCount; ++i)
-		{
-			if (same(_attributeOrder[i - 1], _attributeOrder[i])) twice = _attributeOrder[i];
+			const std::string& local = *_pendingAttributes[i].pLocalName;
+			std::size_t slot = VocabularyHash<std::string>::bytes(local.data(), local.size()) & (size - 1);
+			while (_attributeSlots[slot] != FREE && twice == _attributeCount)
+			{
+				if (same(_attributeSlots[slot], i)) twice = i;
+				slot = (slot + 1) & (size - 1);
+			}
+			_attributeSlots[slot] = i;
 		}
 	}
 	if (twice == _attributeCount) return;
@@ -967,18 +994,15 @@ void FastInfosetWriter::handleEncodedData()
 //
 unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
 	/// The index of str, or NOT_FOUND when the table could not take it.
-	/// Names are checked once, before they first go out in full and enter
-	/// the table; repeats cost nothing.
+	/// Names are checked the first time they go out in full; repeats cost
+	/// nothing.
 {
 	bool existed = false;
-	unsigned int index = Vocabulary<std::string>::NOT_FOUND;
-	if (voc == DocumentVocabulary::PREFIX || voc == DocumentVocabulary::LOCAL_NAME || voc == DocumentVocabulary::OTHER_NCNAME)
-	{
-		index = lookup(voc, str.data(), str.size());
-		existed = index != Vocabulary<std::string>::NOT_FOUND && !str.empty();
-		if (!existed) checkName(str, voc);
-	}
-	if (!existed) index = indexOf(voc, str.data(), str.size(), existed);
+	const unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	// A name that is refused has entered the table, but the document it
+	// would have gone into is cut short anyway.
+	if ((!existed || str.empty()) && (voc == DocumentVocabulary::PREFIX || voc == DocumentVocabulary::LOCAL_NAME || voc == DocumentVocabulary::OTHER_NCNAME))
+		checkName(str, voc);
 	// A table that cannot take the string gets no more entries: the reader,
 	// which adds every identifying string written in full, only holds more.
 	if (existed) writeIdentifyingStringIndex(index);
@@ -1208,8 +1232,9 @@ unsigned int FastInfosetWriter::writeName(const std::string& prefix, const std::
 			poco_assert(_writer.bitPos() == 0);
 			if (pStored)
 			{
-				pStored->pPrefix = prefix.empty() ? &noPrefix() : &storedString(DocumentVocabulary::PREFIX, prefixIndex);
-				pStored->pURI = namespaceURI.empty() ? &noPrefix() : &storedString(DocumentVocabulary::NAMESPACE_NAME, namespaceIndex);
+				// The last lookups were those of this name's prefix and namespace.
+				pStored->pPrefix = _lastPrefix.pStored;
+				pStored->pURI = _lastNamespace.pStored;
 				pStored->pLocalName = slot.pLocalName;
 			}
 			return index;
@@ -1219,12 +1244,7 @@ unsigned int FastInfosetWriter::writeName(const std::string& prefix, const std::
 	unsigned int parts[3];
 	const unsigned int index = writeLiteralName(prefix, namespaceURI, localName, element, parts);
 	poco_assert(_writer.bitPos() == 0);
-	if (pStored)
-	{
-		pStored->pPrefix = prefix.empty() ? &noPrefix() : parts[0] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::PREFIX, parts[0]);
-		pStored->pURI = namespaceURI.empty() ? &noPrefix() : parts[1] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::NAMESPACE_NAME, parts[1]);
-		pStored->pLocalName = parts[2] == NOT_FOUND ? 0 : &storedString(DocumentVocabulary::LOCAL_NAME, parts[2]);
-	}
+	if (pStored) storeParts(parts, *pStored);
 	return index;
 }
 
@@ -1300,7 +1320,7 @@ void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const
 }
 
 
-inline void FastInfosetWriter::writeInteger(unsigned int value)
+FastInfoset_ALWAYS_INLINE void FastInfosetWriter::writeInteger(unsigned int value)
 	/// Encoder::integer() with the common values in one write.
 {
 	UInt32 bits = 0;
@@ -1310,7 +1330,7 @@ inline void FastInfosetWriter::writeInteger(unsigned int value)
 }
 
 
-inline void FastInfosetWriter::checkViews()
+FastInfoset_ALWAYS_INLINE void FastInfosetWriter::checkViews()
 {
 	if (_viewsRevision != _vocabulary.revision()) refreshViews();
 }
@@ -1333,7 +1353,7 @@ void FastInfosetWriter::refreshViews()
 }
 
 
-inline FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
+FastInfoset_ALWAYS_INLINE FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
 	/// The view of table id as its concrete kind.
 {
 	checkViews();
@@ -1361,12 +1381,12 @@ unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* da
 }
 
 
-inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
+FastInfoset_ALWAYS_INLINE unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
 	/// lookup() that remembers its last answer; a table only grows, so an
 	/// index found stays right as long as the table is the same. The empty
 	/// string, the prefix and namespace name of most names, costs nothing.
 {
-	const void* pTable = viewOf(id).pTable;
+	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
 	if (last.pTable == pTable && last.value.size() == value.size()
 		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
 	{
@@ -1378,6 +1398,7 @@ inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, c
 		last.pTable = pTable;
 		last.value = value;
 		last.index = index;
+		last.pStored = &pTable->index()[index];
 	}
 	return index;
 }
@@ -1399,9 +1420,19 @@ unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* d
 }
 
 
-inline const std::string& FastInfosetWriter::storedString(DocumentVocabulary::ID id, unsigned int index)
+void FastInfosetWriter::storeParts(const unsigned int parts[3], StoredName& stored)
+	/// Where the tables hold the parts of a name written in full; an absent
+	/// part is the empty string, which every table holds at index 0.
 {
-	return viewOf(id).pTable->index()[index];
+	const DocumentVocabulary::ID tables[3] = {DocumentVocabulary::PREFIX, DocumentVocabulary::NAMESPACE_NAME, DocumentVocabulary::LOCAL_NAME};
+	const std::string* pParts[3];
+	for (int i = 0; i < 3; ++i)
+	{
+		pParts[i] = parts[i] == Vocabulary<std::string>::NOT_FOUND ? 0 : &viewOf(tables[i]).pTable->index()[parts[i]];
+	}
+	stored.pPrefix = pParts[0];
+	stored.pURI = pParts[1];
+	stored.pLocalName = pParts[2];
 }
 
 

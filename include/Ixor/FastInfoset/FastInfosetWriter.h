@@ -23,6 +23,7 @@
 #include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/NamespaceSupport.h"
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -271,16 +272,15 @@ private:
 	};
 
 	struct OpenElement
-		/// An element whose end is awaited, for the check of its end event.
+		/// An element whose end is awaited, for the check of its end event:
+		/// the parts of its name where the vocabulary holds them, or copies.
 	{
-		StoredName  stored;
-		std::string prefix;      // copies of the parts the vocabulary does not hold
-		std::string uri;
-		std::string localName;
+		StoredName  name;
 		UInt64      revision;    // of the vocabulary when the element started
+		int         copies;      // how many of its parts are copies
 
 		bool matches(const std::string& endURI, const std::string& endLocalName, const std::string& endQName, UInt64 currentRevision) const;
-		std::string name() const;
+		std::string toString() const;
 	};
 
 	void startBody(const char* event);
@@ -297,7 +297,8 @@ private:
 	void checkName(const std::string& name, DocumentVocabulary::ID voc) const;
 	unsigned int writeName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, StoredName* pStored);
 	unsigned int writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3]);
-	const std::string& storedString(DocumentVocabulary::ID id, unsigned int index);
+	void storeParts(const unsigned int parts[3], StoredName& stored);
+	int keepNameParts(const std::string& uri, const std::string& localName);
 	void writeText(const char* text, std::size_t length);
 	bool writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize);
 	template <class E, class... Values>
@@ -309,9 +310,10 @@ private:
 		/// The last string found in one table: prefixes and namespace names
 		/// repeat from element to element.
 	{
-		const void*  pTable;
-		std::string  value;
-		unsigned int index;
+		const void*        pTable;
+		std::string        value;
+		unsigned int       index;
+		const std::string* pStored;   // the value as the table holds it
 	};
 	unsigned int cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last);
 	void init();
@@ -392,7 +394,7 @@ private:
 		std::string        localName;   // when the attribute gave only a qualified name
 	};
 	std::vector<PendingAttribute>          _pendingAttributes;
-	std::vector<std::size_t>               _attributeOrder;   // scratch of the check for attributes given twice
+	std::vector<std::size_t>               _attributeSlots;   // scratch of the check for attributes given twice
 
 	Ixor::AutoPtr<Encoding>                _spareEncodings[10];   // one reusable value per algorithm, by index
 	struct NameCacheSlot
@@ -433,6 +435,7 @@ private:
 	Progress                               _progress;
 	std::vector<PrologItem>                _prolog;
 	std::vector<OpenElement>               _openElements;
+	std::vector<std::unique_ptr<std::string>> _openNameCopies;   // parts of open names that no table holds, in place
 	std::size_t                            _depth;          // open elements
 	bool                                   _rootStarted;
 	StoredName                             _elementName;    // of the element writeElement() wrote last
