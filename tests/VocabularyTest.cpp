@@ -221,6 +221,51 @@ TEST(VocabularyTest, HashTablesRefuseTheValueBeyondTheirCapacity)
 }
 
 
+TEST(VocabularyTest, IndexWithinAddsOnlyWhileThereIsRoom)
+{
+	// A writer asks for an index that a reader can follow: the table takes
+	// a new value only up to the given index and its own capacity, and
+	// otherwise says so without throwing and without changing.
+	HashVocabulary<std::string> hash(19);
+	MapVocabulary<std::string> map(19);
+	struct Case { const char* kind; std::function<unsigned int(const std::string&, std::size_t, bool&)> indexWithin; std::function<std::size_t()> size; };
+	const Case cases[] =
+	{
+		{"hash", [&](const std::string& v, std::size_t max, bool& found) { return hash.indexWithin(v.data(), v.size(), max, found); }, [&] { return hash.size(); }},
+		{"map",  [&](const std::string& v, std::size_t max, bool& found) { return map.indexWithin(v.data(), v.size(), max, found); },  [&] { return map.size(); }},
+	};
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	for (const Case& c: cases)
+	{
+		SCOPED_TRACE(c.kind);
+		bool found = true;
+		EXPECT_EQ(1u, c.indexWithin("a", 1, found));
+		EXPECT_FALSE(found);
+		EXPECT_EQ(NOT_FOUND, c.indexWithin("b", 1, found));   // its index would be 2
+		EXPECT_FALSE(found);
+		EXPECT_EQ(1u, c.indexWithin("a", 1, found));          // present values are still found
+		EXPECT_TRUE(found);
+		EXPECT_EQ(2u, c.size());
+		for (int i = 2; i < 19; ++i) EXPECT_EQ(static_cast<unsigned int>(i), c.indexWithin("v" + std::to_string(i), 100, found));
+		// 19 values fill the hash table; the map grows.
+		const unsigned int beyond = c.indexWithin("one more", 100, found);
+		EXPECT_EQ(std::string(c.kind) == "hash" ? NOT_FOUND : 19u, beyond);
+		EXPECT_EQ(7u, c.indexWithin("v7", 100, found));
+		EXPECT_TRUE(found);
+	}
+	bool found = false;
+	EXPECT_EQ(19u, hash.size());
+	EXPECT_EQ(NOT_FOUND, hash.exists("one more", found));
+
+	HashVocabulary<QualifiedNameEntry> names(3);
+	EXPECT_EQ(1u, names.indexWithin(QualifiedNameEntry(1, 2, 3), 100, found));
+	EXPECT_EQ(2u, names.indexWithin(QualifiedNameEntry(3, 2, 1), 100, found));
+	EXPECT_EQ(Vocabulary<QualifiedNameEntry>::NOT_FOUND, names.indexWithin(QualifiedNameEntry(2, 1, 3), 100, found));
+	EXPECT_EQ(2u, names.indexWithin(QualifiedNameEntry(3, 2, 1), 0, found));
+	EXPECT_TRUE(found);
+}
+
+
 TEST(VocabularyTest, NameTablesTellPermutedIdsApart)
 {
 	// The name hash is symmetric in the three ids; probing must compare.
