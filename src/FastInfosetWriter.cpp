@@ -13,7 +13,7 @@
 #include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Ixor/FastInfoset/VocabularyHash.h"
 #include "FastEncoding.h"
-#include "XMLName.h"
+#include "XMLTextRules.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
@@ -1015,9 +1015,9 @@ void FastInfosetWriter::checkName(const std::string& name, DocumentVocabulary::I
 {
 	if (voc == DocumentVocabulary::PREFIX)
 	{
-		if (!XMLName::isName(name, false)) throw FISException("Not a namespace prefix", name);
+		if (!XMLTextRules::isNCName(name)) throw FISException("Not a namespace prefix", name);
 	}
-	else if (!XMLName::isName(name, true)) throw FISException("Not an XML name", name);
+	else if (!XMLTextRules::isName(name)) throw FISException("Not an XML name", name);
 }
 
 
