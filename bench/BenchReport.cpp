@@ -1,4 +1,5 @@
 #include "BenchReport.h"
+#include <algorithm>
 #include <cmath>
 #include <cstdio>
 
@@ -21,6 +22,56 @@ const std::vector<Measure>& measures()
 		{"convertToXML",  "FI -> XML: Converter::convertToXML"},
 	};
 	return MEASURES;
+}
+
+
+namespace
+{
+	const char* const NO_WRITER_RESTART = "a writer cannot start a new document on a new stream yet";
+}
+
+
+const std::vector<Measure>& fixedCostMeasures()
+{
+	static const std::vector<Measure> MEASURES =
+	{
+		{"fixed/parse_fi",           "FI parse, the parser reused"},
+		{"fixed/write_fi",           "FI write, a new writer, buffer reused"},
+		{"fixed/write_fi_restarted", "FI write, the writer restarted",        NO_WRITER_RESTART},
+	};
+	return MEASURES;
+}
+
+
+const std::vector<Measure>& manyDocumentMeasures()
+{
+	static const std::vector<Measure> MEASURES =
+	{
+		{"many/parse_fi",           "FI parse, one parser"},
+		{"many/write_fi",           "FI write, a new writer each"},
+		{"many/write_fi_restarted", "FI write, one writer restarted", NO_WRITER_RESTART},
+	};
+	return MEASURES;
+}
+
+
+const char* const ALMOST_EMPTY_XML = "<a/>";
+
+
+bool isSmall(const Document& doc)
+{
+	return doc.fileSize <= SMALL_DOCUMENT_SIZE;
+}
+
+
+std::vector<const Document*> smallDocuments(const Documents& documents)
+{
+	std::vector<const Document*> small;
+	for (const std::unique_ptr<Document>& pDoc: documents)
+	{
+		if (isSmall(*pDoc)) small.push_back(pDoc.get());
+	}
+	return small;
 }
 
 
@@ -60,13 +111,69 @@ namespace
 		return format(mbps < 100 ? "%.2f" : "%.1f", mbps);
 	}
 
-	std::string geometricMean(const std::vector<double>& values, const char* pattern = "%.3f")
+	std::string milliseconds(double seconds)
+		/// At least three decimals, and four digits that count down to a
+		/// nanosecond: a small document takes microseconds.
 	{
-		if (values.empty()) return "-";
-		double logSum = 0;
-		for (double v: values) logSum += std::log(v);
-		return format(pattern, std::exp(logSum/static_cast<double>(values.size())));
+		const double ms = seconds*1e3;
+		int decimals = 3;
+		for (double limit = 1; ms < limit && decimals < 6; limit /= 10) ++decimals;
+		char pattern[8];
+		std::snprintf(pattern, sizeof(pattern), "%%.%df", decimals);
+		return format(pattern, ms);
 	}
+
+	std::string significant(double value)
+		/// Three or four digits that count.
+	{
+		return format(value >= 100 ? "%.0f" : value >= 10 ? "%.1f" : value >= 1 ? "%.2f" : "%.3f", value);
+	}
+
+	std::string perSecond(double seconds)
+	{
+		if (seconds <= 0) return "-";
+		const double count = 1/seconds;
+		if (count >= 1e6) return format("%.2fM", count/1e6);
+		if (count >= 1e4) return format("%.1fk", count/1e3);
+		if (count >= 100) return format("%.0f", count);
+		return format("%.2f", count);
+	}
+
+	struct Spread
+		/// Ratios over documents: their geometric mean and the worst one.
+	{
+		std::vector<double> values;
+		std::vector<std::string> names;
+
+		void add(double value, const std::string& name)
+		{
+			values.push_back(value);
+			names.push_back(name);
+		}
+
+		std::string mean(const char* pattern = "%.3f") const
+		{
+			if (values.empty()) return "-";
+			double logSum = 0;
+			for (double v: values) logSum += std::log(v);
+			return format(pattern, std::exp(logSum/static_cast<double>(values.size())));
+		}
+
+		std::string extreme(bool lowest) const
+			/// The lowest or the highest value, its document, and how many
+			/// documents there are, as columns.
+		{
+			if (values.empty()) return padLeft("-", 9) + padLeft("0", 6);
+			std::size_t at = 0;
+			for (std::size_t i = 1; i < values.size(); ++i)
+			{
+				if (lowest ? values[i] < values[at] : values[i] > values[at]) at = i;
+			}
+			return padLeft(format("%.3f", values[at]), 9) + padLeft(std::to_string(values.size()), 6) + "  " + names[at];
+		}
+	};
+
+	const std::size_t LABEL_WIDTH = 40;
 }
 
 
@@ -83,20 +190,20 @@ void TableReporter::ReportRuns(const std::vector<Run>& reports)
 	benchmark::ConsoleReporter::ReportRuns(reports);
 	for (const Run& run: reports)
 	{
-		const std::string& fullName = run.run_name.function_name;
-		const std::string::size_type slash = fullName.find('/');
-		if (slash == std::string::npos) continue;
-		Result& result = _results[fullName.substr(slash + 1)][fullName.substr(0, slash)];
+		Result& result = _results[run.run_name.function_name];
 		if (run.error_occurred)
 		{
 			result.error = run.error_message;
 			continue;
 		}
-		const double seconds = run.GetAdjustedCPUTime()/benchmark::GetTimeUnitMultiplier(run.time_unit);
 		// With repetitions the median comes after the single runs and wins.
 		if (run.run_type == Run::RT_Iteration || run.aggregate_name == "median")
 		{
-			result.seconds = seconds;
+			auto itDocuments = run.counters.find("documents");
+			const double documents = itDocuments != run.counters.end() && itDocuments->second.value > 0 ? itDocuments->second.value : 1;
+			result.seconds = run.GetAdjustedCPUTime()/benchmark::GetTimeUnitMultiplier(run.time_unit)/documents;
+			auto itAllocations = run.counters.find("allocations");
+			if (itAllocations != run.counters.end()) result.allocations = itAllocations->second.value/documents;
 		}
 		else if (run.aggregate_name == "cv")
 		{
@@ -110,21 +217,25 @@ void TableReporter::Finalize()
 {
 	benchmark::ConsoleReporter::Finalize();
 	_tables << "\nTimes are CPU time per document (the median when repeated); MB are 10^6 octets.\n"
+		<< "docs/s: documents per second, one document after another.\n"
 		<< "io MB/s: octets of the row's own input (output for the writers) per second.\n"
 		<< "XML-eq MB/s: octets of the document as XML text per second, comparable across rows.\n"
 		<< "vs expat: XML-eq throughput relative to expat's parse of the XML text.\n";
 	for (const std::unique_ptr<Document>& pDoc: _documents)
 	{
-		auto it = _results.find(pDoc->name);
-		if (it != _results.end() && pDoc->loaded) printTable(*pDoc, it->second);
+		if (pDoc->loaded) printTable(*pDoc);
 	}
 	printSummary();
 	_tables.flush();
 }
 
 
-void TableReporter::printTable(const Document& doc, const Results& results)
+void TableReporter::printTable(const Document& doc)
 {
+	bool measured = false;
+	for (const Measure& m: measures()) measured = measured || find(std::string(m.id) + "/" + doc.name);
+	if (!measured) return;
+
 	_tables << "\n== " << doc.name << ": XML " << megabytes(doc.xmlSize) << ", FI " << megabytes(doc.fiSize)
 		<< " (" << percent(doc.fiSize, doc.xmlSize) << " of XML); gzip'd: XML " << megabytes(doc.xmlGzipSize)
 		<< ", FI " << megabytes(doc.fiGzipSize) << " (" << percent(doc.fiGzipSize, doc.xmlGzipSize) << ")\n";
@@ -139,12 +250,12 @@ void TableReporter::printTable(const Document& doc, const Results& results)
 	if (!facts.empty()) _tables << "   " << facts << "\n";
 
 	const std::size_t labelWidth = 38;
-	_tables << "   " << padRight("measurement", labelWidth) << padLeft("ms/doc", 10) << padLeft("io MB/s", 11)
-		<< padLeft("XML-eq MB/s", 13) << padLeft("vs expat", 10) << padLeft("cv", 7) << "\n";
-	const Result* pExpat = find(results, "parse_expat");
+	_tables << "   " << padRight("measurement", labelWidth) << padLeft("ms/doc", 10) << padLeft("docs/s", 9)
+		<< padLeft("io MB/s", 10) << padLeft("XML-eq MB/s", 13) << padLeft("vs expat", 10) << padLeft("cv", 7) << "\n";
+	const double expat = seconds(doc, "parse_expat");
 	for (const Measure& m: measures())
 	{
-		const Result* pResult = find(results, m.id);
+		const Result* pResult = find(std::string(m.id) + "/" + doc.name);
 		if (!pResult) continue;
 		_tables << "   " << padRight(m.label, labelWidth);
 		if (!pResult->error.empty())
@@ -153,10 +264,11 @@ void TableReporter::printTable(const Document& doc, const Results& results)
 			continue;
 		}
 		const double s = pResult->seconds;
-		_tables << padLeft(format("%.3f", s*1e3), 10)
-			<< padLeft(rate(ioOctets(doc, m.id), s), 11)
+		_tables << padLeft(milliseconds(s), 10)
+			<< padLeft(perSecond(s), 9)
+			<< padLeft(rate(ioOctets(doc, m.id), s), 10)
 			<< padLeft(rate(static_cast<double>(doc.xmlSize), s), 13)
-			<< padLeft(pExpat && pExpat->error.empty() && s > 0 ? format("%.2fx", pExpat->seconds/s) : "-", 10)
+			<< padLeft(expat > 0 && s > 0 ? format("%.2fx", expat/s) : "-", 10)
 			<< padLeft(pResult->cv >= 0 ? format("%.1f%%", 100*pResult->cv) : "", 7) << "\n";
 	}
 	printChecks(doc);
@@ -191,6 +303,42 @@ void TableReporter::printChecks(const Document& doc)
 
 void TableReporter::printSummary()
 {
+	std::size_t loaded = 0;
+	for (const std::unique_ptr<Document>& pDoc: _documents) loaded += pDoc->loaded ? 1 : 0;
+	_tables << "\n== Summary over " << loaded << " documents\n";
+	printRatios();
+	printSizes();
+
+	_tables << "   XML-equivalent MB/s per measurement (geometric mean):\n";
+	for (const Measure& m: measures())
+	{
+		Spread rates;
+		for (const std::unique_ptr<Document>& pDoc: _documents)
+		{
+			const double s = seconds(*pDoc, m.id);
+			if (s > 0) rates.add(static_cast<double>(pDoc->xmlSize)/s/1e6, pDoc->name);
+		}
+		if (!rates.values.empty()) _tables << "   " << padRight(m.label, LABEL_WIDTH) << padLeft(rates.mean("%.1f"), 8) << "\n";
+	}
+
+	printSmallDocuments();
+	printCostsPerDocument(("Costs of every document, measured on an almost empty one (" + std::string(ALMOST_EMPTY_XML) + "):").c_str(),
+		fixedCostMeasures());
+	std::string small;
+	for (const Document* pDoc: smallDocuments(_documents)) small += (small.empty() ? "" : ", ") + pDoc->name;
+	printCostsPerDocument(("Many documents, one after another (" + small + " in turn):").c_str(), manyDocumentMeasures());
+
+	const std::size_t failed = failedChecks();
+	std::size_t notes = 0;
+	for (const std::unique_ptr<Document>& pDoc: _documents) notes += pDoc->notes.size();
+	_tables << "   Checks: " << (failed ? std::to_string(failed) + " FAILED (see the tables)" : std::string("all passed"));
+	if (notes) _tables << "; " << notes << " notes (see the tables)";
+	_tables << "\n";
+}
+
+
+void TableReporter::printRatios()
+{
 	struct Ratio
 	{
 		const char* label;
@@ -208,52 +356,87 @@ void TableReporter::printSummary()
 		{"convertToXML / convertToFIS",         "convertToXML", "convertToFIS"},
 	};
 
-	std::size_t loaded = 0;
-	for (const std::unique_ptr<Document>& pDoc: _documents) loaded += pDoc->loaded ? 1 : 0;
-	_tables << "\n== Summary over " << loaded << " documents (geometric means)\n"
-		<< "   Throughput ratios, XML-equivalent (above 1: the first is faster):\n";
+	_tables << "   Throughput ratios, XML-equivalent (above 1: the first is faster):\n"
+		<< "   " << padRight("", LABEL_WIDTH) << padLeft("geo-mean", 8) << padLeft("lowest", 9) << padLeft("docs", 6) << "  lowest on\n";
 	for (const Ratio& ratio: RATIOS)
 	{
-		std::vector<double> values;
+		Spread ratios;
 		for (const std::unique_ptr<Document>& pDoc: _documents)
 		{
-			const double a = seconds(pDoc->name, ratio.numerator);
-			const double b = seconds(pDoc->name, ratio.denominator);
-			if (a > 0 && b > 0) values.push_back(b/a);
+			const double a = seconds(*pDoc, ratio.numerator);
+			const double b = seconds(*pDoc, ratio.denominator);
+			if (a > 0 && b > 0) ratios.add(b/a, pDoc->name);
 		}
-		_tables << "   " << padRight(ratio.label, 40) << padLeft(geometricMean(values), 8) << "  (" << values.size() << " documents)\n";
+		_tables << "   " << padRight(ratio.label, LABEL_WIDTH) << padLeft(ratios.mean(), 8) << ratios.extreme(true) << "\n";
 	}
+}
 
-	std::vector<double> sizes;
-	std::vector<double> gzipSizes;
+
+void TableReporter::printSizes()
+{
+	Spread sizes;
+	Spread gzipSizes;
 	for (const std::unique_ptr<Document>& pDoc: _documents)
 	{
 		if (!pDoc->loaded || !pDoc->xmlSize) continue;
-		sizes.push_back(static_cast<double>(pDoc->fiSize)/static_cast<double>(pDoc->xmlSize));
-		if (pDoc->xmlGzipSize) gzipSizes.push_back(static_cast<double>(pDoc->fiGzipSize)/static_cast<double>(pDoc->xmlGzipSize));
+		sizes.add(static_cast<double>(pDoc->fiSize)/static_cast<double>(pDoc->xmlSize), pDoc->name);
+		if (pDoc->xmlGzipSize) gzipSizes.add(static_cast<double>(pDoc->fiGzipSize)/static_cast<double>(pDoc->xmlGzipSize), pDoc->name);
 	}
-	_tables << "   Sizes:\n"
-		<< "   " << padRight("FI size / XML size", 40) << padLeft(geometricMean(sizes), 8) << "\n"
-		<< "   " << padRight("FI gzip'd / XML gzip'd", 40) << padLeft(geometricMean(gzipSizes), 8) << "\n";
+	_tables << "   Sizes (below 1: FI is smaller):\n"
+		<< "   " << padRight("", LABEL_WIDTH) << padLeft("geo-mean", 8) << padLeft("largest", 9) << padLeft("docs", 6) << "  largest on\n"
+		<< "   " << padRight("FI size / XML size", LABEL_WIDTH) << padLeft(sizes.mean(), 8) << sizes.extreme(false) << "\n"
+		<< "   " << padRight("FI gzip'd / XML gzip'd", LABEL_WIDTH) << padLeft(gzipSizes.mean(), 8) << gzipSizes.extreme(false) << "\n";
+}
 
-	_tables << "   XML-equivalent MB/s per measurement:\n";
+
+void TableReporter::printSmallDocuments()
+{
+	std::vector<const Document*> small;
+	for (const Document* pDoc: smallDocuments(_documents))
+	{
+		if (pDoc->loaded) small.push_back(pDoc);
+	}
+	if (small.empty()) return;
+	_tables << "   Documents per second on the small documents (at most " << SMALL_DOCUMENT_SIZE/1000 << " kB):\n"
+		<< "   " << padRight("", LABEL_WIDTH);
+	for (const Document* pDoc: small) _tables << padLeft(pDoc->name, std::max<std::size_t>(pDoc->name.size(), 7) + 2);
+	_tables << "\n";
 	for (const Measure& m: measures())
 	{
-		std::vector<double> rates;
-		for (const std::unique_ptr<Document>& pDoc: _documents)
+		std::string row;
+		bool measured = false;
+		for (const Document* pDoc: small)
 		{
-			const double s = seconds(pDoc->name, m.id);
-			if (s > 0) rates.push_back(static_cast<double>(pDoc->xmlSize)/s/1e6);
+			const double s = seconds(*pDoc, m.id);
+			measured = measured || s > 0;
+			row += padLeft(perSecond(s), std::max<std::size_t>(pDoc->name.size(), 7) + 2);
 		}
-		if (!rates.empty()) _tables << "   " << padRight(m.label, 40) << padLeft(geometricMean(rates, "%.1f"), 8) << "\n";
+		if (measured) _tables << "   " << padRight(m.label, LABEL_WIDTH) << row << "\n";
 	}
+}
 
-	const std::size_t failed = failedChecks();
-	std::size_t notes = 0;
-	for (const std::unique_ptr<Document>& pDoc: _documents) notes += pDoc->notes.size();
-	_tables << "   Checks: " << (failed ? std::to_string(failed) + " FAILED (see the tables)" : std::string("all passed"));
-	if (notes) _tables << "; " << notes << " notes (see the tables)";
-	_tables << "\n";
+
+void TableReporter::printCostsPerDocument(const char* heading, const std::vector<Measure>& group)
+{
+	bool measured = false;
+	for (const Measure& m: group) measured = measured || find(m.id);
+	if (!measured) return;
+	// µs is two octets but one column wide.
+	_tables << "   " << heading << "\n"
+		<< "   " << padRight("", LABEL_WIDTH) << padLeft("\xC2\xB5s/doc", 9) << padLeft("docs/s", 9) << padLeft("allocations/doc", 17) << "\n";
+	for (const Measure& m: group)
+	{
+		const Result* pResult = find(m.id);
+		_tables << "   " << padRight(m.label, LABEL_WIDTH);
+		if (m.notYet) _tables << "  not measured: " << m.notYet << "\n";
+		else if (!pResult) _tables << "  not measured\n";
+		else if (!pResult->error.empty()) _tables << "  failed: " << pResult->error << "\n";
+		else
+		{
+			_tables << padLeft(significant(pResult->seconds*1e6), 8) << padLeft(perSecond(pResult->seconds), 9)
+				<< padLeft(pResult->allocations >= 0 ? format("%.2f", pResult->allocations) : "-", 17) << "\n";
+		}
+	}
 }
 
 
@@ -264,27 +447,28 @@ std::size_t TableReporter::failedChecks() const
 	{
 		failed += pDoc->problems.size() + (countsAgree(*pDoc) ? 0 : 1);
 	}
-	for (const auto& doc: _results)
-	{
-		for (const auto& result: doc.second) failed += result.second.error.empty() ? 0 : 1;
-	}
+	for (const auto& result: _results) failed += result.second.error.empty() ? 0 : 1;
 	return failed;
 }
 
 
-double TableReporter::seconds(const std::string& doc, const std::string& id) const
+const TableReporter::Result* TableReporter::find(const std::string& name) const
 {
-	auto itDoc = _results.find(doc);
-	if (itDoc == _results.end()) return 0;
-	const Result* pResult = find(itDoc->second, id);
+	auto it = _results.find(name);
+	return it == _results.end() ? nullptr : &it->second;
+}
+
+
+double TableReporter::seconds(const std::string& name) const
+{
+	const Result* pResult = find(name);
 	return pResult && pResult->error.empty() ? pResult->seconds : 0;
 }
 
 
-const TableReporter::Result* TableReporter::find(const Results& results, const std::string& id)
+double TableReporter::seconds(const Document& doc, const std::string& id) const
 {
-	auto it = results.find(id);
-	return it == results.end() ? nullptr : &it->second;
+	return seconds(id + "/" + doc.name);
 }
 
 

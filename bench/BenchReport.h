@@ -26,11 +26,28 @@ struct Measure
 {
 	const char* id;
 	const char* label;
+	const char* notYet = nullptr;
+		/// Why it cannot be measured yet; null when it can.
 };
 
 
 const std::vector<Measure>& measures();
-	/// Every measurement, in the order of the rows of a table.
+	/// Every measurement of one document, in the order of the rows of a
+	/// table. Benchmark names are MEASUREMENT/DOCUMENT.
+
+const std::vector<Measure>& fixedCostMeasures();
+	/// The costs that every document pays, measured on ALMOST_EMPTY_XML.
+	/// Benchmark names are fixed/MEASUREMENT.
+
+const std::vector<Measure>& manyDocumentMeasures();
+	/// The small documents one after another through one parser (or
+	/// writer), as a service reads and writes messages. Benchmark names
+	/// are many/MEASUREMENT.
+
+extern const char* const ALMOST_EMPTY_XML;
+
+const std::size_t SMALL_DOCUMENT_SIZE = 100000;
+	/// Documents of at most this many octets of XML are the small ones.
 
 
 struct Document
@@ -44,6 +61,9 @@ struct Document
 	std::string xml;
 	std::string fi;
 	std::unique_ptr<EventList> pEvents;
+
+	std::size_t fileSize = 0;
+		/// Known before the document is loaded.
 
 	bool loaded = false;
 	std::size_t xmlSize = 0;
@@ -67,12 +87,20 @@ struct Document
 typedef std::vector<std::unique_ptr<Document>> Documents;
 
 
+bool isSmall(const Document& doc);
+
+std::vector<const Document*> smallDocuments(const Documents& documents);
+	/// In the order given.
+
+
 class TableReporter: public benchmark::ConsoleReporter
 	/// Passes Google Benchmark's lines on to its output stream and, at the
 	/// end, prints one table per document and a summary to tables.
 	///
 	/// Times are CPU time per document: the median when the runs are
-	/// repeated, else the single run.
+	/// repeated, else the single run. A run may carry the counters
+	/// "documents" (per iteration, when that is not one) and
+	/// "allocations" (per iteration).
 {
 public:
 	TableReporter(const Documents& documents, std::ostream& tables);
@@ -83,27 +111,32 @@ public:
 private:
 	struct Result
 	{
-		double seconds = 0;
-		double cv = -1;       // coefficient of variation over repetitions
+		double seconds = 0;       // per document
+		double cv = -1;           // coefficient of variation over repetitions
+		double allocations = -1;  // per document; negative when not counted
 		std::string error;
 	};
 
-	typedef std::map<std::string, Result> Results;
-
-	void printTable(const Document& doc, const Results& results);
+	void printTable(const Document& doc);
 	void printChecks(const Document& doc);
 	void printSummary();
-	double seconds(const std::string& doc, const std::string& id) const;
+	void printRatios();
+	void printSizes();
+	void printSmallDocuments();
+	void printCostsPerDocument(const char* heading, const std::vector<Measure>& group);
+	double seconds(const std::string& name) const;
 		/// 0 when not measured or failed.
+	double seconds(const Document& doc, const std::string& id) const;
+	const Result* find(const std::string& name) const;
+		/// By benchmark name; null when not measured.
 	std::size_t failedChecks() const;
 
 	static bool countsAgree(const Document& doc);
-	static const Result* find(const Results& results, const std::string& id);
 	static double ioOctets(const Document& doc, const std::string& id);
 
 	const Documents& _documents;
 	std::ostream& _tables;
-	std::map<std::string, Results> _results;
+	std::map<std::string, Result> _results;
 };
 
 

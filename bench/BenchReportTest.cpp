@@ -51,6 +51,7 @@ Bench::Document& addDocument(Bench::Documents& documents, const std::string& nam
 	Bench::Document& doc = *documents.back();
 	doc.name = name;
 	doc.loaded = true;
+	doc.fileSize = xmlSize;
 	doc.xmlSize = xmlSize;
 	doc.fiSize = fiSize;
 	doc.xmlGzipSize = xmlSize/10;
@@ -79,6 +80,13 @@ std::string section(const std::string& text, const std::string& heading)
 	if (start == std::string::npos) return std::string();
 	const std::string::size_type end = text.find("\n== ", start + 1);
 	return text.substr(start + 1, end == std::string::npos ? std::string::npos : end - start - 1);
+}
+
+
+std::string from(const std::string& text, const std::string& marker)
+{
+	const std::string::size_type start = text.find(marker);
+	return start == std::string::npos ? std::string() : text.substr(start);
 }
 
 
@@ -117,21 +125,23 @@ TEST(BenchReportTest, RowsAndRatiosCompareLikeWithLike)
 	});
 
 	const std::string tableA = section(tables, "a:");
-	EXPECT_EQ("FI -> SAX: FastInfosetParser 20.000 200.0 500.0 2.00x", line(tableA, "FI -> SAX"));
-	EXPECT_EQ("XML -> SAX: expat 40.000 250.0 250.0 1.00x", line(tableA, "XML -> SAX: expat"));
-	EXPECT_EQ("events -> FI: FastInfosetWriter 50.000 80.00 200.0 0.80x", line(tableA, "events -> FI"));
-	EXPECT_EQ("events -> XML: host XMLWriter 100.000 80.00 100.0 0.40x", line(tableA, "events -> XML"));
+	// ms/doc, docs/s, io MB/s, XML-eq MB/s, vs expat
+	EXPECT_EQ("FI -> SAX: FastInfosetParser 20.000 50.00 200.0 500.0 2.00x", line(tableA, "FI -> SAX"));
+	EXPECT_EQ("XML -> SAX: expat 40.000 25.00 250.0 250.0 1.00x", line(tableA, "XML -> SAX: expat"));
+	EXPECT_EQ("events -> FI: FastInfosetWriter 50.000 20.00 80.00 200.0 0.80x", line(tableA, "events -> FI"));
+	EXPECT_EQ("events -> XML: host XMLWriter 100.000 10.00 80.00 100.0 0.40x", line(tableA, "events -> XML"));
 	EXPECT_EQ("(no line memcpy)", line(tableA, "memcpy"));
-	EXPECT_EQ("FI -> SAX: FastInfosetParser 1.000 500.0 1000.0 9.00x", line(section(tables, "b:"), "FI -> SAX"));
+	EXPECT_EQ("FI -> SAX: FastInfosetParser 1.000 1000 500.0 1000.0 9.00x", line(section(tables, "b:"), "FI -> SAX"));
 	EXPECT_EQ("", section(tables, "never-run"));
 
+	// geometric mean, the lowest ratio (the largest size), documents, which one
 	const std::string summary = section(tables, "Summary");
-	EXPECT_EQ("== Summary over 2 documents (geometric means)", line(summary, "== Summary"));
-	EXPECT_EQ("FI parse / expat parse 4.243 (2 documents)", line(summary, "FI parse / expat"));   // sqrt(2*9)
-	EXPECT_EQ("FI writer / host XMLWriter 2.000 (1 documents)", line(summary, "FI writer / host"));
-	EXPECT_EQ("FI writer / expat parse 0.800 (1 documents)", line(summary, "FI writer / expat"));
-	EXPECT_EQ("FI parse / libxml2 parse - (0 documents)", line(summary, "FI parse / libxml2"));
-	EXPECT_EQ("FI size / XML size 0.447", line(summary, "FI size"));   // sqrt(0.4*0.5)
+	EXPECT_EQ("== Summary over 2 documents", line(summary, "== Summary"));
+	EXPECT_EQ("FI parse / expat parse 4.243 2.000 2 a", line(summary, "FI parse / expat"));   // sqrt(2*9)
+	EXPECT_EQ("FI writer / host XMLWriter 2.000 2.000 1 a", line(summary, "FI writer / host"));
+	EXPECT_EQ("FI writer / expat parse 0.800 0.800 1 a", line(summary, "FI writer / expat"));
+	EXPECT_EQ("FI parse / libxml2 parse - - 0", line(summary, "FI parse / libxml2"));
+	EXPECT_EQ("FI size / XML size 0.447 0.500 2 b", line(summary, "FI size"));   // sqrt(0.4*0.5)
 	EXPECT_EQ("FI -> SAX: FastInfosetParser 707.1", line(summary, "FI -> SAX"));   // sqrt(500*1000)
 	EXPECT_EQ("Checks: all passed", line(summary, "Checks"));
 }
@@ -158,7 +168,7 @@ TEST(BenchReportTest, RepeatedRunsReportTheMedian)
 		group.push_back(makeRun("parse_fi/a", 7, "stddev", 3));
 		group.push_back(makeCV("parse_fi/a", 0.25));
 		const std::string tables = report(documents, {group});
-		EXPECT_EQ("FI -> SAX: FastInfosetParser 18.000 27.78 55.56 - 25.0%", line(section(tables, "a:"), "FI -> SAX"));
+		EXPECT_EQ("FI -> SAX: FastInfosetParser 18.000 55.56 27.78 55.56 - 25.0%", line(section(tables, "a:"), "FI -> SAX"));
 	}
 }
 
@@ -184,9 +194,69 @@ TEST(BenchReportTest, FailuresAreCountedNotAveraged)
 	EXPECT_EQ("note: convertToXML: the XML written is not well-formed", line(table, "note:"));
 
 	const std::string summary = section(tables, "Summary");
-	EXPECT_EQ("convertToFIS / host SAXParser parse - (0 documents)", line(summary, "convertToFIS /"));
-	EXPECT_EQ("FI parse / host SAXParser parse 4.000 (1 documents)", line(summary, "FI parse / host"));
+	EXPECT_EQ("convertToFIS / host SAXParser parse - - 0", line(summary, "convertToFIS /"));
+	EXPECT_EQ("FI parse / host SAXParser parse 4.000 4.000 1 a", line(summary, "FI parse / host"));
 	EXPECT_EQ("Checks: 3 FAILED (see the tables); 1 notes (see the tables)", line(summary, "Checks"));
+}
+
+
+BenchRun withCounters(BenchRun run, double documents, double allocations)
+	/// Counters as Google Benchmark hands them over: per iteration.
+{
+	run.counters["documents"] = benchmark::Counter(documents);
+	run.counters["allocations"] = benchmark::Counter(allocations);
+	return run;
+}
+
+
+TEST(BenchReportTest, CostsPerDocumentAreSplitOverTheDocumentsOfAnIteration)
+{
+	Bench::Documents documents;
+	addDocument(documents, "tiny", 4000, 2000);
+	addDocument(documents, "large", 10000000, 4000000);
+	addDocument(documents, "short", Bench::SMALL_DOCUMENT_SIZE, 2000);
+
+	BenchRun failed = makeRun("many/write_fi", 0);
+	failed.error_occurred = true;
+	failed.error_message = "replayed events written as FI do not give convertToFIS's octets";
+	const std::string tables = report(documents,
+	{
+		{makeRun("parse_fi/tiny", 0.004)}, {makeRun("parse_fi/large", 20)}, {makeRun("parse_expat/short", 0.5)},
+		{withCounters(makeRun("fixed/parse_fi", 0.0015), 1, 0)},
+		{withCounters(makeRun("many/parse_fi", 0.030), 3, 6)},
+		{failed},
+	});
+
+	EXPECT_EQ("FI -> SAX: FastInfosetParser 0.004000 250.0k 500.0 1000.0 -", line(section(tables, "tiny:"), "FI -> SAX"));
+
+	const std::string summary = section(tables, "Summary");
+	// Only the small documents have columns: tiny and short.
+	const std::string perSecond = from(summary, "Documents per second");
+	EXPECT_EQ("tiny short", line(perSecond, "tiny"));
+	EXPECT_EQ("FI -> SAX: FastInfosetParser 250.0k -", line(perSecond, "FI -> SAX"));
+	EXPECT_EQ("XML -> SAX: expat - 2000", line(perSecond, "XML -> SAX"));
+
+	// µs/doc, docs/s, allocations/doc
+	EXPECT_EQ("FI parse, the parser reused 1.50 666.7k 0.00", line(summary, "FI parse, the parser"));
+	EXPECT_EQ("FI write, a new writer, buffer reused not measured", line(summary, "FI write, a new writer, buffer"));
+	EXPECT_EQ("FI write, the writer restarted not measured: a writer cannot start a new document on a new stream yet",
+		line(summary, "FI write, the writer restarted"));
+	EXPECT_EQ("Many documents, one after another (tiny, short in turn):", line(summary, "Many documents"));
+	EXPECT_EQ("FI parse, one parser 10.0 100.0k 2.00", line(summary, "FI parse, one parser"));
+	EXPECT_EQ("FI write, a new writer each failed: replayed events written as FI do not give convertToFIS's octets",
+		line(summary, "FI write, a new writer each"));
+	EXPECT_EQ("Checks: 1 FAILED (see the tables)", line(summary, "Checks"));
+}
+
+
+TEST(BenchReportTest, SectionsWithoutMeasurementsAreLeftOut)
+{
+	Bench::Documents documents;
+	addDocument(documents, "large", 10000000, 4000000);
+	const std::string summary = section(report(documents, {{makeRun("parse_fi/large", 20)}}), "Summary");
+	EXPECT_EQ("(no line Documents per second)", line(summary, "Documents per second"));
+	EXPECT_EQ("(no line Costs of every document)", line(summary, "Costs of every document"));
+	EXPECT_EQ("(no line Many documents)", line(summary, "Many documents"));
 }
 
 

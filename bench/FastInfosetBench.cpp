@@ -7,11 +7,18 @@
 // Every row also gives its throughput in "XML-equivalent" MB/s, the size of
 // the document as XML text divided by the time, so that rows that read or
 // write different encodings of one document compare like with like.
+//
+// Besides the measurements of each document, the costs that every document
+// pays (fixed/...) are measured on an almost empty document, and the small
+// documents go one after another through one parser (many/...), as a
+// service reads messages; both count allocations per document.
 
 
+#include "AllocationCounter.h"
 #include "BenchReport.h"
 #include "BenchSupport.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Poco/File.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/SAXParser.h"
 #include <benchmark/benchmark.h>
@@ -304,6 +311,148 @@ void benchConvertToXML(benchmark::State& state, Document* pDoc)
 }
 
 
+//
+// Costs of every document, and many documents one after another
+//
+struct Sample
+	/// A small document in the forms that the measurements read.
+{
+	std::string fi;
+	Bench::EventList events;
+	std::uint64_t elements = 0;   // as expat counts them
+};
+
+
+typedef std::vector<std::unique_ptr<Sample>> Samples;
+
+
+std::unique_ptr<Sample> makeSample(const std::string& xml)
+{
+	std::unique_ptr<Sample> pSample(new Sample);
+	pSample->fi = Bench::encodeFastInfoset(xml);
+	pSample->events.record(xml);
+	Bench::ExpatParser expat;
+	expat.parse(xml.data(), xml.size());
+	pSample->elements = expat.counts.elements;
+	return pSample;
+}
+
+
+const Samples& almostEmptySample()
+{
+	static Samples samples;
+	if (samples.empty()) samples.push_back(makeSample(Bench::ALMOST_EMPTY_XML));
+	return samples;
+}
+
+
+const Samples& smallSamples()
+{
+	static Samples samples;
+	if (samples.empty())
+	{
+		for (const Document* pDoc: Bench::smallDocuments(documents)) samples.push_back(makeSample(Bench::readFile(pDoc->path)));
+	}
+	return samples;
+}
+
+
+template <class Round>
+void inTurn(benchmark::State& state, const Samples& samples, Round round)
+	/// Each iteration is one round: every sample once, in turn. Two rounds
+	/// before the timed ones let tables and buffers reach the size that
+	/// the documents need, so that the allocations counted are those of
+	/// the steady state.
+{
+	round();
+	round();
+	const std::uint64_t before = Bench::allocationCount();
+	for (auto _: state) round();
+	const std::uint64_t allocations = Bench::allocationCount() - before;
+	using benchmark::Counter;
+	state.counters["documents"] = Counter(static_cast<double>(samples.size()));
+	state.counters["allocations"] = Counter(static_cast<double>(allocations), Counter::kAvgIterations);
+}
+
+
+void parseInTurn(benchmark::State& state, const Samples& samples)
+{
+	Bench::NullHandler handler;
+	Ixor::FastInfoset::FastInfosetParser parser;
+	Bench::setUpFastInfosetParser(parser, handler);
+	std::uint64_t elementsPerRound = 0;
+	for (const std::unique_ptr<Sample>& pSample: samples) elementsPerRound += pSample->elements;
+	inTurn(state, samples, [&]
+	{
+		for (const std::unique_ptr<Sample>& pSample: samples) Bench::parseFastInfoset(parser, pSample->fi);
+	});
+	if (handler.counts.elements != elementsPerRound*static_cast<std::uint64_t>(state.iterations() + 2))
+		state.SkipWithError("the reused parser did not see every element of every document");
+}
+
+
+void writeInTurn(benchmark::State& state, const Samples& samples)
+{
+	Bench::OutputBuffer out;
+	inTurn(state, samples, [&]
+	{
+		for (const std::unique_ptr<Sample>& pSample: samples) Bench::writeFastInfoset(pSample->events, out);
+	});
+	for (const std::unique_ptr<Sample>& pSample: samples)
+	{
+		Bench::writeFastInfoset(pSample->events, out);
+		if (out.str() != pSample->fi)
+		{
+			state.SkipWithError("replayed events written as FI do not give convertToFIS's octets");
+			break;
+		}
+	}
+}
+
+
+void benchFixedParseFI(benchmark::State& state)
+{
+	guarded(state, [&] { parseInTurn(state, almostEmptySample()); });
+}
+
+
+void benchFixedWriteFI(benchmark::State& state)
+{
+	guarded(state, [&] { writeInTurn(state, almostEmptySample()); });
+}
+
+
+void benchManyParseFI(benchmark::State& state)
+{
+	guarded(state, [&] { parseInTurn(state, smallSamples()); });
+}
+
+
+void benchManyWriteFI(benchmark::State& state)
+{
+	guarded(state, [&] { writeInTurn(state, smallSamples()); });
+}
+
+
+// Once a writer can start a new document on a new stream, fixed/write_fi_restarted
+// and many/write_fi_restarted keep one writer in writeInTurn's place and
+// restart it for each document; their Measure then loses its notYet.
+typedef void (*InTurnFunction)(benchmark::State&);
+
+
+InTurnFunction inTurnFunction(const std::string& id)
+{
+	static const std::map<std::string, InTurnFunction> FUNCTIONS =
+	{
+		{"fixed/parse_fi", benchFixedParseFI},
+		{"fixed/write_fi", benchFixedWriteFI},
+		{"many/parse_fi", benchManyParseFI},
+		{"many/write_fi", benchManyWriteFI},
+	};
+	return FUNCTIONS.at(id);
+}
+
+
 typedef void (*BenchFunction)(benchmark::State&, Document*);
 
 
@@ -336,7 +485,13 @@ int main(int argc, char** argv)
 		std::cerr << "usage: " << argv[0] << " [--benchmark_filter=REGEX] [--benchmark_...] DOCUMENT.xml...\n"
 			"Measurements: ";
 		for (const Measure& m: Bench::measures()) std::cerr << m.id << " ";
-		std::cerr << "\nBenchmark names are MEASUREMENT/DOCUMENT, the document's file name without .xml.\n";
+		std::cerr << "\nBenchmark names are MEASUREMENT/DOCUMENT, the document's file name without .xml;\n"
+			"besides: ";
+		for (const std::vector<Measure>* pGroup: {&Bench::fixedCostMeasures(), &Bench::manyDocumentMeasures()})
+		{
+			for (const Measure& m: *pGroup) std::cerr << (m.notYet ? "" : std::string(m.id) + " ");
+		}
+		std::cerr << "\n";
 		return 2;
 	}
 	for (int i = 1; i < argc; ++i)
@@ -344,6 +499,7 @@ int main(int argc, char** argv)
 		std::unique_ptr<Document> pDoc(new Document);
 		pDoc->path = argv[i];
 		pDoc->name = Poco::Path(pDoc->path).getBaseName();
+		pDoc->fileSize = static_cast<std::size_t>(Poco::File(pDoc->path).getSize());
 		documents.push_back(std::move(pDoc));
 	}
 	for (const std::unique_ptr<Document>& pDoc: documents)
@@ -353,6 +509,13 @@ int main(int argc, char** argv)
 			benchmark::RegisterBenchmark((std::string(m.id) + "/" + pDoc->name).c_str(), benchFunction(m.id), pDoc.get())
 				->Unit(benchmark::kMillisecond);
 		}
+	}
+	std::vector<Measure> inTurn = Bench::fixedCostMeasures();
+	if (!Bench::smallDocuments(documents).empty())
+		inTurn.insert(inTurn.end(), Bench::manyDocumentMeasures().begin(), Bench::manyDocumentMeasures().end());
+	for (const Measure& m: inTurn)
+	{
+		if (!m.notYet) benchmark::RegisterBenchmark(m.id, inTurnFunction(m.id))->Unit(benchmark::kMicrosecond);
 	}
 
 	Bench::TableReporter reporter(documents, std::cout);

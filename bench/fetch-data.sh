@@ -40,6 +40,8 @@ SUDO=""
 # name in data/          package            file in the package                                                   shape
 DOCUMENTS="
 osinfo-debian11.xml      osinfo-db          /usr/share/osinfo/os/debian.org/debian-11.xml                         small-record
+soap-envelope.xml        xmltooling-schemas /usr/share/xml/xmltooling/soap-envelope.xsd                           small,schema
+saml-metadata.xml        opensaml-schemas   /usr/share/xml/opensaml/saml-schema-metadata-2.0.xsd                  small,schema,namespaced
 xkb-base.xml             xkb-data           /usr/share/X11/xkb/rules/base.xml                                     element-heavy
 docbook-titlepage-fo.xml docbook-xsl        /usr/share/xml/docbook/stylesheet/docbook-xsl/fo/titlepage.templates.xsl XSLT,namespaced
 cldr-ru.xml              unicode-cldr-core  /usr/share/unicode/cldr/common/main/ru.xml                            text-heavy,Cyrillic

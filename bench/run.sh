@@ -5,12 +5,15 @@
 #
 #   bench/run.sh [--quick] [--filter REGEX] [-- BENCHMARK_ARGS...]
 #
-#   --quick        four documents, short measurements, no repetitions
+#   --quick        five documents, short measurements, no repetitions
 #   --filter RE    only the measurements whose name matches RE; names are
 #                  MEASUREMENT/DOCUMENT, e.g. parse_fi/gtk3-gir, and
 #                  MEASUREMENT is one of memcpy parse_fi parse_sax
 #                  parse_expat parse_libxml2 write_fi write_xml
-#                  convertToFIS convertToXML (the memory report is skipped)
+#                  convertToFIS convertToXML; besides, fixed/parse_fi and
+#                  fixed/write_fi (costs of every document), many/parse_fi
+#                  and many/write_fi (the small documents one after
+#                  another). The memory report is skipped.
 #   -- ARGS        passed on to the benchmark, e.g. --benchmark_repetitions=5
 #
 # The build goes to build-bench/ at the top of the tree (or $BENCH_BUILD_DIR).
@@ -28,14 +31,14 @@ while [ $# -gt 0 ]; do
 		--quick) quick=1 ;;
 		--filter) filter="$2"; shift ;;
 		--) shift; extra=("$@"); break ;;
-		-h|--help) sed -n '2,17p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+		-h|--help) sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
 		*) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
 	esac
 	shift
 done
 
-ALL="osinfo-debian11 xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
-QUICK="xkb-base cldr-ru gl-registry gtk3-gir"
+ALL="soap-envelope osinfo-debian11 saml-metadata xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
+QUICK="soap-envelope xkb-base cldr-ru gl-registry gtk3-gir"
 
 echo "== setting up, building in $build" >&2
 bash "$root/.ci/setup" >&2

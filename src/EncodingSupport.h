@@ -26,6 +26,7 @@
 #include "Poco/NumberParser.h"
 #include "Poco/StringTokenizer.h"
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <limits>
@@ -168,15 +169,44 @@ parseNumber(const std::string& piece, std::string& canonical, T& value)
 }
 
 
-inline bool parseNumber(const std::string& piece, std::string& canonical, double& value)
-	/// A number given back unchanged by the double formatter, which is the
-	/// one the text of a double is written with: every text produced is
-	/// accepted again.
+template <class T>
+typename std::enable_if<std::is_integral<T>::value>::type
+appendNumber(std::string& text, T value)
 {
-	if (!Ixor::NumberParser::tryParseFloat(piece, value)) return false;
-	canonical.clear();
-	Ixor::NumberFormatter::append(canonical, value);
-	return canonical == piece;
+	Ixor::NumberFormatter::append(text, value);
+}
+
+
+template <class T>
+typename std::enable_if<std::is_floating_point<T>::value>::type
+appendNumber(std::string& text, T value)
+	/// The XML Schema form of a float or double. The host's formatter gives
+	/// one for finite values but writes "nan", "inf" and "-inf", and "0"
+	/// for minus zero.
+{
+	if (std::isfinite(value) && value != 0) Ixor::NumberFormatter::append(text, value);
+	else if (std::isnan(value)) text += "NaN";
+	else if (std::isinf(value)) text += value < 0 ? "-INF" : "INF";
+	else text += std::signbit(value) ? "-0" : "0";
+}
+
+
+inline bool parseNumber(const std::string& piece, std::string& canonical, double& value)
+	/// A number given back unchanged by appendNumber(), which writes the
+	/// text of a double: every text produced is accepted again, the values
+	/// without digits included.
+{
+	if (piece == "NaN") value = std::numeric_limits<double>::quiet_NaN();
+	else if (piece == "INF") value = std::numeric_limits<double>::infinity();
+	else if (piece == "-INF") value = -std::numeric_limits<double>::infinity();
+	else
+	{
+		if (!Ixor::NumberParser::tryParseFloat(piece, value)) return false;
+		canonical.clear();
+		appendNumber(canonical, value);
+		return canonical == piece;
+	}
+	return true;
 }
 
 

@@ -25,7 +25,7 @@ namespace FastInfoset {
 namespace FastEncoding {
 
 
-inline bool integerBits(int pos, unsigned int value, UInt32& bits, int& size)
+FastInfoset_ALWAYS_INLINE bool integerBits(int pos, unsigned int value, UInt32& bits, int& size)
 	/// The bits of an integer that starts at bit position pos of its octet.
 {
 	if (value > Encoder::MAXINT20 || (value == 0 && pos != 1)) return false;
@@ -61,7 +61,7 @@ inline bool integerBits(int pos, unsigned int value, UInt32& bits, int& size)
 }
 
 
-inline bool stringLengthBits(int pos, std::size_t length, UInt64& bits, int& size)
+FastInfoset_ALWAYS_INLINE bool stringLengthBits(int pos, std::size_t length, UInt64& bits, int& size)
 	/// The bits of the length of a non-empty octet string that starts at bit
 	/// position pos.
 {

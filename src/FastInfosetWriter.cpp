@@ -13,6 +13,7 @@
 #include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Ixor/FastInfoset/VocabularyHash.h"
 #include "FastEncoding.h"
+#include "XMLTextRules.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
@@ -116,13 +117,21 @@ void FastInfosetWriter::init()
 	_states.push_back(UNINITIALIZED);
 	_lastPrefix.pTable = 0;
 	_lastPrefix.index = 0;
+	_lastPrefix.pStored = 0;
 	_lastNamespace.pTable = 0;
 	_lastNamespace.index = 0;
+	_lastNamespace.pStored = 0;
 	_namespaceGeneration = 1;
 	_emptyURIMapped = false;
 	_prefixCacheMapped = false;
 	_prefixCacheGeneration = 0;
 	_uriCacheGeneration = 0;
+	_attributePrefixGeneration = 0;
+	_progress = NOT_STARTED;
+	_depth = 0;
+	_rootStarted = false;
+	_elementName = StoredName();
+	_openElements.reserve(16);
 }
 
 
@@ -136,33 +145,90 @@ void FastInfosetWriter::setDocumentLocator(const Ixor::XML::Locator*)
 
 void FastInfosetWriter::startDocument()
 {
-	writeHeader();
+	if (_progress == ENDED) refuse("startDocument()");
+	if (_progress != NOT_STARTED) throw FISException("startDocument() inside a document");
 	pushState(DOCUMENT);
 	_namespaces.reset();
 	++_namespaceGeneration;
 	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
 	pushContext();
+	_progress = PROLOG;
 }
 
 
 void FastInfosetWriter::endDocument()
 {
+	if (_progress != BODY && _progress != PROLOG) refuse("endDocument()");
+	if (_states.back() != DOCUMENT) refuse("endDocument()");
+	if (_progress == PROLOG) writeProlog();
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	_writer.complete();
 	popState();
+	_progress = ENDED;
+}
+
+
+void FastInfosetWriter::startBody(const char* event)
+	/// What an element at the document's level needs: a started document, no
+	/// open document type declaration, no root element before, and the
+	/// header and the prolog written.
+{
+	if (_progress != PROLOG && _progress != BODY) refuse(event);
+	if (_states.back() != DOCUMENT || _rootStarted) refuse(event);
+	if (_progress == PROLOG) writeProlog();
+}
+
+
+void FastInfosetWriter::writeProlog()
+	/// The header, then what came before the root element, in its order:
+	/// the prolog's strings enter the vocabulary only after the header has
+	/// taken its initial vocabulary from it.
+{
+	writeHeader();
+	_progress = BODY;
+	for (const PrologItem& item: _prolog)
+	{
+		switch (item.kind)
+		{
+		case PrologItem::PI:        writePIItem(item.first, item.second); break;
+		case PrologItem::COMMENT:   writeCommentItem(item.first); break;
+		case PrologItem::DTD_START: writeDTDStart(item.first, item.second); break;
+		case PrologItem::DTD_END:   writeDTDEnd(); break;
+		}
+	}
+	_prolog.clear();
+}
+
+
+void FastInfosetWriter::refuse(const char* event, const std::string& name) const
+	/// Throws the FISException that says why event makes no document here.
+{
+	std::string message(event);
+	const State top = _states.back();
+	if (_progress == NOT_STARTED) message += " before startDocument()";
+	else if (_progress == ENDED) message += " after endDocument(): a writer writes one document";
+	else if (top == DTD) message += " inside the document type declaration";
+	else if (top == CDATA_SECTION) message += " inside a CDATA section";
+	else if (_depth != 0)
+	{
+		const OpenElement& open = _openElements[_depth - 1];
+		message += open.revision == _vocabulary.revision() ? " with the element " + open.toString() + " open" : " inside an element";
+	}
+	else if (_rootStarted) message += " after the root element";
+	else message += " outside the root element";
+	if (name.empty()) throw FISException(message);
+	throw FISException(message, name);
 }
 
 
 void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& localName, const XMLString& qname, const Attributes& attributes)
 {
+	if (_depth == 0) startBody("startElement()");
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_prefix.clear();
 	_declarationCount = 0;
 	_attributeCount = 0;
-	// Elements start on an octet; the padding is only flushed at the end.
-	_writer.pad(false);
-	_writer.write(false);
 
 	const std::string* pName = &localName;
 	if (!localName.empty() && (qname.empty() || qname == localName))
@@ -184,18 +250,84 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	}
 	else throw FISException("Tag mismatch", nameToString(localName, qname));
 
-	handleNamespaces(attributes, uri);
+	handleNamespaces(attributes);
+	// Everything is checked: the element starts on an octet.
+	_writer.pad(false);
+	_writer.write(false);
 	writeElement(_prefix, uri, *pName);
 	pushState(ELEMENT);
+	_rootStarted = true;
+
+	const int copies = _elementName.pPrefix && _elementName.pURI && _elementName.pLocalName ? 0 : keepNameParts(uri, *pName);
+	if (_depth == _openElements.size()) _openElements.emplace_back();
+	OpenElement& open = _openElements[_depth++];
+	open.name = _elementName;
+	open.revision = _vocabulary.revision();
+	open.copies = copies;
 }
 
 
-void FastInfosetWriter::endElement(const XMLString&, const XMLString&, const XMLString&)
+int FastInfosetWriter::keepNameParts(const std::string& uri, const std::string& localName)
+	/// Copies of the parts of the element's name that no table took, for
+	/// the check of its end; they go when the element ends. Rare: only
+	/// tables that are full refuse parts.
 {
+	const std::string* parts[3] = {&_prefix, &uri, &localName};
+	const std::string** pStored[3] = {&_elementName.pPrefix, &_elementName.pURI, &_elementName.pLocalName};
+	int copies = 0;
+	for (int i = 0; i < 3; ++i)
+	{
+		if (*pStored[i]) continue;
+		_openNameCopies.emplace_back(new std::string(*parts[i]));
+		*pStored[i] = _openNameCopies.back().get();
+		++copies;
+	}
+	return copies;
+}
+
+
+void FastInfosetWriter::endElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
+{
+	if (_states.back() != ELEMENT) refuse("endElement()", nameToString(localName, qname));
+	const OpenElement& open = _openElements[_depth - 1];
+	if (!open.matches(uri, localName, qname, _vocabulary.revision()))
+	{
+		const std::string endName = !qname.empty() || uri.empty() ? nameToString(localName, qname) : "{" + uri + "}" + localName;
+		throw FISException("Mismatched end tag", endName + " ends " + open.toString());
+	}
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	_writer.write(15u, 4);
 	popState();
 	popContext();
+	for (int i = open.copies; i > 0; --i) _openNameCopies.pop_back();
+	--_depth;
+}
+
+
+bool FastInfosetWriter::OpenElement::matches(const std::string& endURI, const std::string& endLocalName, const std::string& endQName, UInt64 currentRevision) const
+	/// As the host's XML writer compares: the same namespace name and local
+	/// name, or the same qualified name. Once the vocabulary has new tables
+	/// the stored parts are gone, and nothing can be compared.
+{
+	if (revision != currentRevision) return true;
+	const std::string& local = *name.pLocalName;
+	if (!endLocalName.empty() && VocabularyHash<std::string>::equal(local, endLocalName.data(), endLocalName.size())
+		&& VocabularyHash<std::string>::equal(*name.pURI, endURI.data(), endURI.size()))
+	{
+		return true;
+	}
+	if (endQName.empty()) return false;
+	const std::string& pre = *name.pPrefix;
+	if (pre.empty()) return endQName == local;
+	return endQName.size() == pre.size() + 1 + local.size() && endQName.compare(0, pre.size(), pre) == 0
+		&& endQName[pre.size()] == ':' && endQName.compare(pre.size() + 1, std::string::npos, local) == 0;
+}
+
+
+std::string FastInfosetWriter::OpenElement::toString() const
+{
+	if (!name.pPrefix->empty()) return *name.pPrefix + ":" + *name.pLocalName;
+	return name.pURI->empty() ? *name.pLocalName : "{" + *name.pURI + "}" + *name.pLocalName;
 }
 
 
@@ -240,32 +372,14 @@ void FastInfosetWriter::dataElement(const XMLString& uri, const XMLString& local
 }
 
 
-void FastInfosetWriter::handleNamespaces(const Attributes& attributes, const std::string& uri)
+void FastInfosetWriter::handleNamespaces(const Attributes& attributes)
 {
-	declareAttributeNamespaces(attributes);
+	addAttributes(attributes);
 	addNamespaceAttributes();
-	addAttributes(attributes, uri);
 	// The element's own context opens only now: its declarations were made
 	// in the context current at its start event, where startPrefixMapping
 	// declares too.
 	pushContext();
-}
-
-
-void FastInfosetWriter::declareAttributeNamespaces(const Attributes& attributes)
-{
-	const int count = attributes.getLength();
-	for (int i = 0; i < count; ++i)
-	{
-		const XMLString& attributeURI = attributes.getURI(i);
-		// An attribute without namespace name declares nothing.
-		if (attributeURI.empty() || attributes.getLocalName(i).empty()) continue;
-		Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, _qnameLocal);
-		if (_qnamePrefix.empty()) _qnamePrefix = prefixOf(attributeURI);
-		const std::string& mapped = mappedURI(_qnamePrefix);
-		if (!mapped.empty() && mapped == attributeURI) continue;
-		declarePrefix(_qnamePrefix, attributeURI);
-	}
 }
 
 
@@ -287,27 +401,176 @@ void FastInfosetWriter::addNamespaceAttributes()
 }
 
 
-void FastInfosetWriter::addAttributes(const Attributes& attributes, const std::string& elementURI)
+void FastInfosetWriter::addAttributes(const Attributes& attributes)
+	/// Takes the attributes of the element, with the prefix of each, and
+	/// declares what their prefixes need. The attribute list outlives the
+	/// writing of the element: its strings are referred to, not copied.
 {
-	// The attribute list outlives the writing of the element: its strings
-	// are referred to, not copied.
 	const int count = attributes.getLength();
+	// A bit per attribute, chosen by its local name: only attributes whose
+	// bits meet can be the same, and only then are they compared in full.
+	UInt64 seen = 0;
+	bool mayRepeat = false;
 	for (int i = 0; i < count; ++i)
 	{
 		if (_attributeCount == _pendingAttributes.size()) _pendingAttributes.emplace_back();
 		PendingAttribute& attribute = _pendingAttributes[_attributeCount++];
 		attribute.pURI = &attributes.getURI(i);
 		attribute.pLocalName = &attributes.getLocalName(i);
+		attribute.pValue = &attributes.getValue(i);
 		if (attribute.pLocalName->empty())
 		{
-			Ixor::XML::Name::split(attributes.getQName(i), _qnamePrefix, attribute.localName);
-			attribute.pLocalName = &attribute.localName;
+			const XMLString& qname = attributes.getQName(i);
+			// Without namespace processing the qualified name is the name, as
+			// for elements: its prefix is part of it.
+			if (attribute.pURI->empty())
+			{
+				attribute.pLocalName = &qname;
+			}
+			else
+			{
+				Ixor::XML::Name::split(qname, _qnamePrefix, attribute.localName);
+				attribute.pLocalName = &attribute.localName;
+			}
+			if (attribute.pLocalName->empty()) throw FISException("Attribute without a name");
 		}
-		// An attribute in its element's namespace is written without prefix.
-		if (*attribute.pURI != elementURI) attribute.prefix = prefixOf(*attribute.pURI);
-		else attribute.prefix.clear();
-		attribute.pValue = &attributes.getValue(i);
+		if (attribute.pURI->empty()) attribute.prefix.clear();
+		else choosePrefix(_attributeCount - 1, attributes.getQName(i));
+
+		const std::string& local = *attribute.pLocalName;
+		const UInt64 bit = UInt64(1) << ((local.size() + static_cast<unsigned char>(local[0]) * 3 + static_cast<unsigned char>(local.back()) * 5) & 63);
+		mayRepeat |= (seen & bit) != 0;
+		seen |= bit;
 	}
+	if (mayRepeat) checkDistinctAttributes();
+}
+
+
+void FastInfosetWriter::choosePrefix(std::size_t index, const std::string& qname)
+	/// An attribute with a namespace name needs a prefix: unprefixed
+	/// attributes have no namespace. The prefix of its qualified name when
+	/// it has one and it can mean that namespace here, else a prefix in
+	/// scope for the namespace, else a new one; what is not in scope is
+	/// declared on the element.
+{
+	PendingAttribute& attribute = _pendingAttributes[index];
+	const std::string& uri = *attribute.pURI;
+	const std::size_t colon = qname.find(':');
+	if (colon != std::string::npos && colon != 0)
+	{
+		attribute.prefix.assign(qname, 0, colon);
+		if (mappedURI(attribute.prefix) == uri) return;
+		// A prefix that the element or an earlier attribute uses keeps its
+		// meaning.
+		if (!prefixUsedHere(attribute.prefix, index))
+		{
+			declarePrefix(attribute.prefix, uri);
+			return;
+		}
+	}
+	const std::string& inScope = attributePrefixOf(uri);
+	if (!inScope.empty())
+	{
+		attribute.prefix = inScope;
+		return;
+	}
+	attribute.prefix = newPrefix();
+	declarePrefix(attribute.prefix, uri);
+}
+
+
+bool FastInfosetWriter::prefixUsedHere(const std::string& prefix, std::size_t before) const
+{
+	if (prefix == _prefix) return true;
+	for (std::size_t i = 0; i < before; ++i)
+	{
+		if (_pendingAttributes[i].prefix == prefix) return true;
+	}
+	return false;
+}
+
+
+const std::string& FastInfosetWriter::attributePrefixOf(const std::string& uri)
+	/// A prefix other than the empty one that is mapped to uri in scope, or
+	/// the empty string when there is none. The namespace support may name
+	/// the default namespace or a prefix that an inner declaration took over;
+	/// neither serves an attribute.
+{
+	if (_attributePrefixGeneration != _namespaceGeneration || uri != _attributePrefixURI)
+	{
+		_attributePrefixURI = uri;
+		_attributePrefixGeneration = _namespaceGeneration;
+		const std::string& first = _namespaces.getPrefix(uri);
+		if (!first.empty() && _namespaces.getURI(first) == uri)
+		{
+			_attributePrefix = first;
+		}
+		else
+		{
+			_attributePrefix.clear();
+			_declaredPrefixes.clear();
+			_namespaces.getPrefixes(uri, _declaredPrefixes);
+			for (const std::string& prefix: _declaredPrefixes)
+			{
+				if (!prefix.empty() && _namespaces.getURI(prefix) == uri)
+				{
+					_attributePrefix = prefix;
+					break;
+				}
+			}
+		}
+	}
+	return _attributePrefix;
+}
+
+
+void FastInfosetWriter::checkDistinctAttributes()
+	/// No two attributes of the element have the same namespace name and
+	/// local name. Few are compared pairwise, many through a hash set of
+	/// their positions.
+{
+	auto same = [this](std::size_t a, std::size_t b)
+	{
+		const PendingAttribute& first = _pendingAttributes[a];
+		const PendingAttribute& second = _pendingAttributes[b];
+		return *first.pLocalName == *second.pLocalName && *first.pURI == *second.pURI;
+	};
+	std::size_t twice = _attributeCount;
+	if (_attributeCount <= 8)
+	{
+		for (std::size_t i = 1; i < _attributeCount && twice == _attributeCount; ++i)
+		{
+			for (std::size_t j = 0; j < i; ++j)
+			{
+				if (same(i, j))
+				{
+					twice = i;
+					break;
+				}
+			}
+		}
+	}
+	else
+	{
+		std::size_t size = 16;
+		while (size < 2 * _attributeCount) size *= 2;
+		const std::size_t FREE = ~std::size_t(0);
+		_attributeSlots.assign(size, FREE);
+		for (std::size_t i = 0; i < _attributeCount && twice == _attributeCount; ++i)
+		{
+			const std::string& local = *_pendingAttributes[i].pLocalName;
+			std::size_t slot = VocabularyHash<std::string>::bytes(local.data(), local.size()) & (size - 1);
+			while (_attributeSlots[slot] != FREE && twice == _attributeCount)
+			{
+				if (same(_attributeSlots[slot], i)) twice = i;
+				slot = (slot + 1) & (size - 1);
+			}
+			_attributeSlots[slot] = i;
+		}
+	}
+	if (twice == _attributeCount) return;
+	const PendingAttribute& attribute = _pendingAttributes[twice];
+	throw FISException("Duplicate attribute", attribute.prefix.empty() ? *attribute.pLocalName : attribute.prefix + ":" + *attribute.pLocalName);
 }
 
 
@@ -326,7 +589,7 @@ void FastInfosetWriter::writeElement(const std::string& prefix, const std::strin
 		}
 		_writer.write(0x3C0u, 10);                    // 1111 terminator, then 000000 up to the name
 	}
-	writeQualifiedNameOrIndex(prefix, uri, localName, true);
+	writeName(prefix, uri, localName, true, &_elementName);
 	if (_attributeCount != 0)
 	{
 		for (std::size_t i = 0; i < _attributeCount; ++i)
@@ -481,9 +744,14 @@ void FastInfosetWriter::characters(const std::string& text)
 
 void FastInfosetWriter::writeText(const char* text, std::size_t length)
 {
-	if (!_pendingEncodings.empty()) handleEncodedData();
 	// An empty chunk cannot be written (its index 0 is not allowed where
 	// chunks put their index); empty text is no text, so nothing goes out.
+	if (_depth == 0)
+	{
+		if (length == 0) return;
+		refuse("characters()");
+	}
+	if (!_pendingEncodings.empty()) handleEncodedData();
 	if (length == 0) return;
 	_writer.pad(false);
 	if (writeStringFast(text, length, DocumentVocabulary::CONTENT_CHARACTER_CHUNK, 2, 2)) return;
@@ -506,11 +774,12 @@ bool FastInfosetWriter::writeStringFast(const char* data, std::size_t length, Do
 	UInt64 lengthBits = 0;
 	int lengthSize = 0;
 	if (!FastEncoding::stringLengthBits(pos + 4, length, lengthBits, lengthSize)) return false;
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	if (addToTable)
 	{
 		bool existed = false;
 		const unsigned int index = indexOf(voc, data, length, existed);
+		addToTable = index != Vocabulary<std::string>::NOT_FOUND;
 		if (existed)
 		{
 			// 1 for an index, the index on the next bit.
@@ -547,12 +816,14 @@ void FastInfosetWriter::ignorableWhitespace(const XMLChar ch[], int start, int l
 void FastInfosetWriter::startCDATA()
 {
 	if (_states.back() == CDATA_SECTION) throw FISException("Cannot nest CDATA sections");
+	if (_depth == 0) refuse("startCDATA()");
 	pushState(CDATA_SECTION);
 }
 
 
 void FastInfosetWriter::endCDATA()
 {
+	if (_states.back() != CDATA_SECTION) throw FISException("endCDATA() without startCDATA()");
 	if (!_pendingEncodings.empty()) handleEncodedData();
 	popState();
 }
@@ -560,7 +831,20 @@ void FastInfosetWriter::endCDATA()
 
 void FastInfosetWriter::processingInstruction(const XMLString& target, const XMLString& data)
 {
+	if (_progress != BODY)
+	{
+		if (_progress != PROLOG) refuse("processingInstruction()", target);
+		checkName(target, DocumentVocabulary::OTHER_NCNAME);
+		_prolog.push_back(PrologItem{PrologItem::PI, target, data});
+		return;
+	}
 	if (!_pendingEncodings.empty()) handleEncodedData();
+	writePIItem(target, data);
+}
+
+
+void FastInfosetWriter::writePIItem(const std::string& target, const std::string& data)
+{
 	_writer.pad(false);
 	_writer.write(0xE1u, 8);
 	writeProcessingInstruction(target, data);
@@ -659,6 +943,7 @@ void FastInfosetWriter::appendValue(unsigned int type, const Values&... values)
 	/// joins it, as merge() would; else the run starts with the reusable
 	/// value of its algorithm, or with a new one that becomes reusable.
 {
+	if (_depth == 0) refuse(type == 2 ? "binaryData()" : "encodedData()");
 	if (!_pendingEncodings.empty() && _pendingEncodings.back()->type() == type)
 	{
 		static_cast<E&>(*_pendingEncodings.back()).append(values...);
@@ -678,6 +963,7 @@ void FastInfosetWriter::appendValue(unsigned int type, const Values&... values)
 
 void FastInfosetWriter::insertEncoding(const Ixor::AutoPtr<Encoding>& value)
 {
+	if (_depth == 0) refuse("binaryData()");
 	if (_pendingEncodings.empty() || !_pendingEncodings.back()->merge(*value))
 		_pendingEncodings.push_back(value);
 }
@@ -707,12 +993,31 @@ void FastInfosetWriter::handleEncodedData()
 // Names and strings
 //
 unsigned int FastInfosetWriter::writeIdentifyingStringOrIndex(const std::string& str, DocumentVocabulary::ID voc)
+	/// The index of str, or NOT_FOUND when the table could not take it.
+	/// Names are checked the first time they go out in full; repeats cost
+	/// nothing.
 {
 	bool existed = false;
-	unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	const unsigned int index = indexOf(voc, str.data(), str.size(), existed);
+	// A name that is refused has entered the table, but the document it
+	// would have gone into is cut short anyway.
+	if ((!existed || str.empty()) && (voc == DocumentVocabulary::PREFIX || voc == DocumentVocabulary::LOCAL_NAME || voc == DocumentVocabulary::OTHER_NCNAME))
+		checkName(str, voc);
+	// A table that cannot take the string gets no more entries: the reader,
+	// which adds every identifying string written in full, only holds more.
 	if (existed) writeIdentifyingStringIndex(index);
 	else writeIdentifyingString(str, voc);
 	return index;
+}
+
+
+void FastInfosetWriter::checkName(const std::string& name, DocumentVocabulary::ID voc) const
+{
+	if (voc == DocumentVocabulary::PREFIX)
+	{
+		if (!XMLTextRules::isNCName(name)) throw FISException("Not a namespace prefix", name);
+	}
+	else if (!XMLTextRules::isName(name)) throw FISException("Not an XML name", name);
 }
 
 
@@ -745,10 +1050,16 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(const char* dat
 	const int pos = _writer.bitPos();
 	if (pos != 0 && pos != 2)
 		throw FISEncodingException("Illegal startposition for a NonIdentifyingStringOrIndex value");
-	const bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
+	bool addToTable = _maxIndexedStringLength >= 0 && length <= static_cast<std::size_t>(_maxIndexedStringLength);
 	bool existed = false;
 	unsigned int index = 0;
 	if (addToTable) index = indexOf(voc, data, length, existed);
+	// A table that cannot take the string: it goes out in full, not added.
+	if (index == Vocabulary<std::string>::NOT_FOUND)
+	{
+		addToTable = false;
+		index = 0;
+	}
 	_writer.write(existed);
 	if (existed)
 	{
@@ -780,7 +1091,12 @@ unsigned int FastInfosetWriter::writeNonIdentifyingStringOrIndex(Ixor::AutoPtr<E
 		value->createContent();
 		const std::string& text = value->content();
 		addToTable = text.size() <= static_cast<std::size_t>(_maxIndexedStringLength) && _maxIndexedStringLength >= 0;
-		if (addToTable) index = _vocabulary.index(voc, text, existed);
+		if (addToTable) index = indexOf(voc, text.data(), text.size(), existed);
+		if (index == Vocabulary<std::string>::NOT_FOUND)
+		{
+			addToTable = false;
+			index = 0;
+		}
 	}
 	_writer.write(existed);
 	if (existed)
@@ -857,6 +1173,15 @@ unsigned int FastInfosetWriter::writeCharacterChunk(const std::string& str)
 
 unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
 {
+	return writeName(prefix, namespaceURI, localName, element, 0);
+}
+
+
+unsigned int FastInfosetWriter::writeName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, StoredName* pStored)
+	/// writeQualifiedNameOrIndex(); with pStored, also where the vocabulary
+	/// holds the parts of the name. The result is NOT_FOUND for a name that
+	/// its table could not take.
+{
 	const int pos = _writer.bitPos();
 	if (pos != 1 && pos != 2)
 		throw FISEncodingException("Illegal startposition for a writeQualifiedNameOrIndex value");
@@ -905,27 +1230,52 @@ unsigned int FastInfosetWriter::writeQualifiedNameOrIndex(const std::string& pre
 		{
 			writeInteger(index);
 			poco_assert(_writer.bitPos() == 0);
+			if (pStored)
+			{
+				// The last lookups were those of this name's prefix and namespace.
+				pStored->pPrefix = _lastPrefix.pStored;
+				pStored->pURI = _lastNamespace.pStored;
+				pStored->pLocalName = slot.pLocalName;
+			}
 			return index;
 		}
 	}
 	_writer.write(pos == 1 ? 0x1Eu : 0xFu, pos == 1 ? 5 : 4);   // 11110 for attributes, 1111 for elements
-	unsigned int index = writeQualifiedName(prefix, namespaceURI, localName, element);
+	unsigned int parts[3];
+	const unsigned int index = writeLiteralName(prefix, namespaceURI, localName, element, parts);
 	poco_assert(_writer.bitPos() == 0);
+	if (pStored) storeParts(parts, *pStored);
 	return index;
 }
 
 
 unsigned int FastInfosetWriter::writeQualifiedName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element)
 {
+	unsigned int parts[3];
+	return writeLiteralName(prefix, namespaceURI, localName, element, parts);
+}
+
+
+unsigned int FastInfosetWriter::writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3])
+	/// The literal name and, in parts, the indexes of its prefix, namespace
+	/// name and local name (0 for an absent one, NOT_FOUND for one that
+	/// its table could not take).
+{
 	poco_assert(!localName.empty());
 	_writer.write(!prefix.empty());
 	_writer.write(!namespaceURI.empty());
-	unsigned int prefixIndex = 0;
-	unsigned int namespaceIndex = 0;
-	if (!prefix.empty()) prefixIndex = writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
-	if (!namespaceURI.empty()) namespaceIndex = writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
-	unsigned int localIndex = writeIdentifyingStringOrIndex(localName, DocumentVocabulary::LOCAL_NAME);
-	return insertQualifiedName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+	parts[0] = prefix.empty() ? 0 : writeIdentifyingStringOrIndex(prefix, DocumentVocabulary::PREFIX);
+	parts[1] = namespaceURI.empty() ? 0 : writeIdentifyingStringOrIndex(namespaceURI, DocumentVocabulary::NAMESPACE_NAME);
+	parts[2] = writeIdentifyingStringOrIndex(localName, DocumentVocabulary::LOCAL_NAME);
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	if (parts[0] != NOT_FOUND && parts[1] != NOT_FOUND && parts[2] != NOT_FOUND)
+		return insertQualifiedName(QualifiedNameEntry(parts[0], parts[1], parts[2]), element);
+	// The reader adds the name with the parts it added. A stand-in that no
+	// lookup meets (no table gives out these ids) keeps this table in step
+	// with the reader's, so that the names after it get the same indexes.
+	Vocabulary<QualifiedNameEntry>& names = getQNameVocabulary(element);
+	insertQualifiedName(QualifiedNameEntry(NOT_FOUND, NOT_FOUND - 1, static_cast<unsigned int>(names.size())), element);
+	return NOT_FOUND;
 }
 
 
@@ -939,9 +1289,15 @@ unsigned int FastInfosetWriter::writeQualifiedName(const QualifiedNameEntry& nam
 
 
 unsigned int FastInfosetWriter::insertQualifiedName(const QualifiedNameEntry& name, bool element)
+	/// The index of the new name, or NOT_FOUND when its table is full or
+	/// at the format's last index; such a table takes nothing more.
 {
+	const NameTableView& view = nameViewOf(element);
 	bool qneExists = false;
-	unsigned int index = getQNameVocabulary(element).index(name, qneExists);
+	unsigned int index = Vocabulary<QualifiedNameEntry>::NOT_FOUND;
+	if (view.pMap) index = const_cast<MapVocabulary<QualifiedNameEntry>*>(view.pMap)->indexWithin(name, Encoder::MAXINT20, qneExists);
+	else if (view.pHash) index = const_cast<HashVocabulary<QualifiedNameEntry>*>(view.pHash)->indexWithin(name, Encoder::MAXINT20, qneExists);
+	else if (view.pTable->size() <= Encoder::MAXINT20) index = getQNameVocabulary(element).index(name, qneExists);
 	poco_assert(!qneExists);
 	return index;
 }
@@ -964,7 +1320,7 @@ void FastInfosetWriter::writeNamespaceAttribute(const std::string& prefix, const
 }
 
 
-inline void FastInfosetWriter::writeInteger(unsigned int value)
+FastInfoset_ALWAYS_INLINE void FastInfosetWriter::writeInteger(unsigned int value)
 	/// Encoder::integer() with the common values in one write.
 {
 	UInt32 bits = 0;
@@ -974,7 +1330,7 @@ inline void FastInfosetWriter::writeInteger(unsigned int value)
 }
 
 
-inline void FastInfosetWriter::checkViews()
+FastInfoset_ALWAYS_INLINE void FastInfosetWriter::checkViews()
 {
 	if (_viewsRevision != _vocabulary.revision()) refreshViews();
 }
@@ -997,7 +1353,7 @@ void FastInfosetWriter::refreshViews()
 }
 
 
-inline FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
+FastInfoset_ALWAYS_INLINE FastInfosetWriter::StringTableView& FastInfosetWriter::viewOf(DocumentVocabulary::ID id)
 	/// The view of table id as its concrete kind.
 {
 	checkViews();
@@ -1025,12 +1381,12 @@ unsigned int FastInfosetWriter::lookup(DocumentVocabulary::ID id, const char* da
 }
 
 
-inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
+FastInfoset_ALWAYS_INLINE unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
 	/// lookup() that remembers its last answer; a table only grows, so an
 	/// index found stays right as long as the table is the same. The empty
 	/// string, the prefix and namespace name of most names, costs nothing.
 {
-	const void* pTable = viewOf(id).pTable;
+	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
 	if (last.pTable == pTable && last.value.size() == value.size()
 		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
 	{
@@ -1042,6 +1398,7 @@ inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, c
 		last.pTable = pTable;
 		last.value = value;
 		last.index = index;
+		last.pStored = &pTable->index()[index];
 	}
 	return index;
 }
@@ -1049,17 +1406,38 @@ inline unsigned int FastInfosetWriter::cachedLookup(DocumentVocabulary::ID id, c
 
 unsigned int FastInfosetWriter::indexOf(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed)
 	/// The index of a string in table id, added when absent: one walk of the
-	/// table, and the string is built only to be added.
+	/// table, and the string is built only to be added. NOT_FOUND when the
+	/// table cannot take it: a full hash table, or one at the format's last
+	/// index; such a table takes nothing more.
 {
 	const StringTableView& view = viewOf(id);
-	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->index(data, length, existed);
-	if (view.pHash) return const_cast<HashVocabulary<std::string>*>(view.pHash)->index(data, length, existed);
+	if (view.pMap) return const_cast<MapVocabulary<std::string>*>(view.pMap)->indexWithin(data, length, Encoder::MAXINT20, existed);
+	if (view.pHash) return const_cast<HashVocabulary<std::string>*>(view.pHash)->indexWithin(data, length, Encoder::MAXINT20, existed);
 	_text.assign(data, length);
+	const unsigned int index = view.pTable->exists(_text, existed);
+	if (existed || view.pTable->size() > Encoder::MAXINT20) return index;
 	return _vocabulary.index(id, _text, existed);
 }
 
 
-unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
+void FastInfosetWriter::storeParts(const unsigned int parts[3], StoredName& stored)
+	/// Where the tables hold the parts of a name written in full; an absent
+	/// part is the empty string, which every table holds at index 0.
+{
+	const DocumentVocabulary::ID tables[3] = {DocumentVocabulary::PREFIX, DocumentVocabulary::NAMESPACE_NAME, DocumentVocabulary::LOCAL_NAME};
+	const std::string* pParts[3];
+	for (int i = 0; i < 3; ++i)
+	{
+		pParts[i] = parts[i] == Vocabulary<std::string>::NOT_FOUND ? 0 : &viewOf(tables[i]).pTable->index()[parts[i]];
+	}
+	stored.pPrefix = pParts[0];
+	stored.pURI = pParts[1];
+	stored.pLocalName = pParts[2];
+}
+
+
+FastInfosetWriter::NameTableView& FastInfosetWriter::nameViewOf(bool element)
+	/// The view of a name table as its concrete kind.
 {
 	checkViews();
 	NameTableView& view = _nameViews[element];
@@ -1070,6 +1448,13 @@ unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool 
 		view.pMap = dynamic_cast<const MapVocabulary<QualifiedNameEntry>*>(pTable);
 		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<QualifiedNameEntry>*>(pTable);
 	}
+	return view;
+}
+
+
+unsigned int FastInfosetWriter::lookupName(const QualifiedNameEntry& name, bool element)
+{
+	const NameTableView& view = nameViewOf(element);
 	if (view.pMap) return view.pMap->find(name);
 	if (view.pHash) return view.pHash->find(name);
 	bool found = false;
@@ -1253,14 +1638,17 @@ void FastInfosetWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>
 
 void FastInfosetWriter::notationDecl(const XMLString& name, const XMLString* publicId, const XMLString* systemId)
 {
-	poco_assert(_states.back() == UNINITIALIZED);
+	if (_progress != NOT_STARTED && _progress != PROLOG) refuse("notationDecl()", name);
+	checkName(name, DocumentVocabulary::OTHER_NCNAME);
 	_notations.push_back(Notation(name, publicId ? *publicId : XMLString(), systemId ? *systemId : XMLString()));
 }
 
 
 void FastInfosetWriter::unparsedEntityDecl(const XMLString& name, const XMLString* publicId, const XMLString& systemId, const XMLString& notationName)
 {
-	poco_assert(_states.back() == UNINITIALIZED);
+	if (_progress != NOT_STARTED && _progress != PROLOG) refuse("unparsedEntityDecl()", name);
+	checkName(name, DocumentVocabulary::OTHER_NCNAME);
+	checkName(notationName, DocumentVocabulary::OTHER_NCNAME);
 	_unparsedEntities.push_back(UnparsedEntity(name, publicId ? *publicId : XMLString(), systemId, notationName));
 }
 
@@ -1322,8 +1710,16 @@ void FastInfosetWriter::writeUnparsedEntity(const std::string& name, const std::
 
 void FastInfosetWriter::startDTD(const XMLString&, const XMLString& publicId, const XMLString& systemId)
 {
-	handleEncodedData();
+	if ((_progress != PROLOG && _progress != BODY) || _states.back() == DTD) refuse("startDTD()");
+	if (_progress == PROLOG) _prolog.push_back(PrologItem{PrologItem::DTD_START, publicId, systemId});
+	else if (!_pendingEncodings.empty()) handleEncodedData();
 	pushState(DTD);
+	if (_progress == BODY) writeDTDStart(publicId, systemId);
+}
+
+
+void FastInfosetWriter::writeDTDStart(const std::string& publicId, const std::string& systemId)
+{
 	_writer.pad(false);
 	_writer.write(0x31u, 6);                      // 110001
 	writeDocumentTypeDeclaration(publicId, systemId);
@@ -1343,9 +1739,17 @@ void FastInfosetWriter::writeDocumentTypeDeclaration(const std::string& publicId
 
 void FastInfosetWriter::endDTD()
 {
+	if (_states.back() != DTD) throw FISException("endDTD() without startDTD()");
+	popState();
+	if (_progress == PROLOG) _prolog.push_back(PrologItem{PrologItem::DTD_END, std::string(), std::string()});
+	else writeDTDEnd();
+}
+
+
+void FastInfosetWriter::writeDTDEnd()
+{
 	_writer.write(15u, 4);
 	poco_assert(_writer.bitPos() == 4);
-	popState();
 }
 
 
@@ -1361,12 +1765,25 @@ void FastInfosetWriter::endEntity(const XMLString&)
 
 void FastInfosetWriter::comment(const XMLChar ch[], int start, int length)
 {
-	if (!_pendingEncodings.empty()) handleEncodedData();
 	if (_states.back() == DTD) return;
+	const std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
+	if (_progress != BODY)
+	{
+		if (_progress != PROLOG) refuse("comment()");
+		_prolog.push_back(PrologItem{PrologItem::COMMENT, std::string(ch + start, size), std::string()});
+		return;
+	}
+	if (!_pendingEncodings.empty()) handleEncodedData();
+	_text.assign(ch + start, size);
+	writeCommentItem(_text);
+}
+
+
+void FastInfosetWriter::writeCommentItem(const std::string& text)
+{
 	_writer.pad(false);
 	_writer.write(0xE2u, 8);
-	_text.assign(ch + start, length > 0 ? static_cast<std::size_t>(length) : 0);
-	writeComment(_text);
+	writeComment(text);
 }
 
 

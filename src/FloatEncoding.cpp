@@ -1,5 +1,6 @@
 #include "Ixor/FastInfoset/FloatEncoding.h"
 #include "ValueListEncodingImpl.h"
+#include <cmath>
 #include <limits>
 
 
@@ -21,9 +22,11 @@ struct ValueListTraits<FloatEncoding>: EncodingSupport::BigEndianNumbers<float>
 		// produced through the float one; both are as the format requires.
 		double parsed = 0;
 		if (!EncodingSupport::parseNumber(piece, canonical, parsed)) return false;
-		// Zero, negatives and subnormals are refused as text on purpose;
-		// typed values skip this test.
-		if (!(parsed >= std::numeric_limits<float>::min() && parsed <= std::numeric_limits<float>::max())) return false;
+		// Finite zero, negatives and subnormals are refused as text on
+		// purpose; typed values skip this test. NaN and the infinities are
+		// floats as much as doubles.
+		if (std::isfinite(parsed)
+			&& !(parsed >= std::numeric_limits<float>::min() && parsed <= std::numeric_limits<float>::max())) return false;
 		value = static_cast<float>(parsed);
 		return true;
 	}

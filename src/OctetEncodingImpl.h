@@ -130,8 +130,10 @@ unsigned int OctetEncoding<E>::type() const
 template <class E>
 bool OctetEncoding<E>::merge(const Encoding& other)
 {
-	if (other.type() != type()) return false;
-	_content.append(other.content());
+	const OctetEncoding* pOther = other.type() == type() ? dynamic_cast<const OctetEncoding*>(&other) : nullptr;
+	if (!pOther) return false;
+	_content.append(pOther->_content);
+	_text.clear();
 	return true;
 }
 
@@ -139,7 +141,9 @@ bool OctetEncoding<E>::merge(const Encoding& other)
 template <class E>
 void OctetEncoding<E>::append(const char* data, std::size_t length)
 {
-	if (length) _content.append(data, length);
+	if (!length) return;
+	_content.append(data, length);
+	_text.clear();
 }
 
 
@@ -147,6 +151,7 @@ template <class E>
 void OctetEncoding<E>::clear()
 {
 	_content.clear();
+	_text.clear();
 }
 
 
@@ -239,8 +244,7 @@ template <class E>
 void OctetEncoding<E>::handle(Ixor::XML::ContentHandler* pHandler) const
 {
 	if (!pHandler) return;
-	std::string text;
-	decode(_content, text);
+	const std::string& text = content();
 	pHandler->characters(text.data(), 0, static_cast<int>(text.size()));
 }
 
@@ -253,8 +257,27 @@ void OctetEncoding<E>::handle(FISContentHandler* pHandler) const
 
 
 template <class E>
+const std::string& OctetEncoding<E>::content() const
+{
+	// The text of some octets is never empty: empty means not built yet.
+	if (_text.empty() && !_content.empty()) decode(_content, _text);
+	return _text;
+}
+
+
+template <class E>
+std::string& OctetEncoding<E>::content()
+{
+	static_cast<const OctetEncoding&>(*this).content();
+	return _text;
+}
+
+
+template <class E>
 void OctetEncoding<E>::createContent()
 {
+	_text.clear();
+	content();
 }
 
 

@@ -29,9 +29,9 @@ RestrictedAlphabet::RestrictedAlphabet(const std::string& utf8Characters):
 		const int ch = *it;
 		_codes.push_back(ch < 0 ? '?' : ch);
 	}
-	_codes.push_back(0);
 
-	for (std::size_t n = _codes.size(); n > 1; n /= 2) ++_bitSize;
+	// The bits of N: the smallest k with 2^k > N.
+	for (std::size_t n = _codes.size(); n > 0; n /= 2) ++_bitSize;
 }
 
 

@@ -29,23 +29,22 @@ void StringDecoder::decodeAlphabet(const std::string& octets, const RestrictedAl
 	if (bitSize == 0) throw FISEncodingException("Cannot decode a string with a restricted alphabet that has no characters");
 
 	const std::vector<int>& codes = alphabet._codes;
-	// bitSize() keeps every code of bitSize bits inside the code table.
-	poco_assert((UInt64(1) << bitSize) <= codes.size());
-	const UInt64 endCode = codes.size() - 1;
-	const UInt64 mask = (UInt64(1) << bitSize) - 1;
+	const UInt64 characterCount = codes.size();
+	const UInt64 endCode = (UInt64(1) << bitSize) - 1;
 
 	result.clear();
 	result.reserve(static_cast<std::size_t>((UInt64(octets.size()) * 8 + 8) / bitSize));
 
-	// Trailing bits that do not make a whole code are ignored.
-	UInt64 count = UInt64(octets.size()) * 8 / bitSize;
+	// Bits that do not make a whole code are the fill of the last octet.
+	const UInt64 bitCount = UInt64(octets.size()) * 8;
+	const UInt64 count = bitCount / bitSize;
 	const unsigned char* p = reinterpret_cast<const unsigned char*>(octets.data());
 	const int* pCodes = codes.data();
 	Ixor::UTF8Encoding utf8;
 	unsigned char buffer[8];
 	UInt64 bits = 0;
 	unsigned int cached = 0;
-	while (count-- > 0)
+	for (UInt64 i = 0; i < count; ++i)
 	{
 		while (cached < bitSize)
 		{
@@ -53,8 +52,14 @@ void StringDecoder::decodeAlphabet(const std::string& octets, const RestrictedAl
 			cached += 8;
 		}
 		cached -= bitSize;
-		const UInt64 code = (bits >> cached) & mask;
-		if (code == endCode) break;
+		const UInt64 code = (bits >> cached) & endCode;
+		if (code >= characterCount)
+		{
+			if (code != endCode) throw FISEncodingException("Restricted alphabet code names no character");
+			// The all-ones code is fill, which only the last octet holds.
+			if (bitCount - i*bitSize >= 8) throw FISEncodingException("Restricted alphabet string ends before its last octet");
+			break;
+		}
 		const int ch = pCodes[code];
 		if (ch < 0x80)
 		{

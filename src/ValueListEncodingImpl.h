@@ -84,7 +84,7 @@ template <class T>
 struct BigEndianNumbers: FixedWidth<sizeof(T)>
 	/// The layout of the numeric lists: sizeof(T) big-endian octets per
 	/// value (two's complement or IEEE 754, so the bits copy unchanged), and
-	/// the host's number formatter for the text.
+	/// decimal text in the XML Schema forms.
 {
 	// The longest text of a value and its separator: a sign and one digit
 	// more than digits10 for integers; a sign, the digits, the point and up
@@ -114,7 +114,7 @@ struct BigEndianNumbers: FixedWidth<sizeof(T)>
 
 	static void appendText(std::string& text, T value)
 	{
-		Ixor::NumberFormatter::append(text, value);
+		appendNumber(text, value);
 	}
 };
 

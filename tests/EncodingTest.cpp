@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/EncodingAlgorithm.h"
 #include "Ixor/FastInfoset/FISContentHandler.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FloatEncoding.h"
 #include "Ixor/FastInfoset/HexEncoding.h"
 #include "Ixor/FastInfoset/IntEncoding.h"
@@ -17,6 +18,7 @@
 #include "Ixor/FastInfoset/ShortEncoding.h"
 #include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Poco/NumberFormatter.h"
+#include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include "TestSupport.h"
 #include <gmock/gmock.h>
@@ -136,11 +138,18 @@ public:
 	void encodedData(int value) override { lines.push_back("int " + Ixor::NumberFormatter::format(value)); }
 	void encodedData(long value) override { lines.push_back("long " + Ixor::NumberFormatter::format(value)); }
 	void encodedData(bool value) override { lines.push_back(value ? "bool true" : "bool false"); }
-	void encodedData(float value) override { lines.push_back("float " + Ixor::NumberFormatter::format(value)); }
-	void encodedData(double value) override { lines.push_back("double " + Ixor::NumberFormatter::format(value)); }
+	void encodedData(float value) override { lines.push_back("float " + signOfZero(value) + Ixor::NumberFormatter::format(value)); }
+	void encodedData(double value) override { lines.push_back("double " + signOfZero(value) + Ixor::NumberFormatter::format(value)); }
 	void encodedData(const Ixor::UUID& value) override { lines.push_back("uuid " + value.toString()); }
 
 	std::vector<std::string> lines;
+
+private:
+	static std::string signOfZero(double value)
+		/// The formatter drops the sign of minus zero.
+	{
+		return value == 0 && std::signbit(value) ? "-" : "";
+	}
 };
 
 
@@ -221,6 +230,10 @@ const RoundTripCase ROUND_TRIP_CASES[] =
 		"double 1.5|double -1.5|double 0"},
 	{8, "1.7976931348623157e+308 5e-324", "0f 7fefffffffffffff 0000000000000001", 16, "1.7976931348623157e+308 5e-324",
 		"double 1.7976931348623157e+308|double 5e-324"},
+	// the values without digits, and minus zero, in their XML Schema forms
+	{8, "NaN INF -INF -0 0",    "27 7ff8000000000000 7ff0000000000000 fff0000000000000 8000000000000000 0000000000000000", 40,
+		"NaN INF -INF -0 0", "double nan|double inf|double -inf|double -0|double 0"},
+	{7, "NaN INF -INF",         "0b 7fc00000 7f800000 ff800000", 12, "NaN INF -INF", "float nan|float inf|float -inf"},
 	{9, "6ba7b810-9dad-11d1-80b4-00c04fd430c8", "0f 6ba7b8109dad11d180b400c04fd430c8", 16,
 		"6BA7B810-9DAD-11D1-80B4-00C04FD430C8", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8"},
 	{9, "6BA7B810-9DAD-11D1-80B4-00C04FD430C8 00000000-0000-0000-0000-000000000001",
@@ -353,12 +366,12 @@ TEST(EncodingTest, RandomValuesRoundTrip)
 TEST(EncodingTest, FloatValuesThatTheTextFormRefusesAreWritten)
 {
 	// Zero and negative floats are typed values only: their text is refused.
-	Ixor::AutoPtr<FloatEncoding> pValue(new FloatEncoding(std::vector<float>{0.0f, -1.5f}));
-	EXPECT_EQ(toHex(fromHex("07 00000000 bfc00000")), toHex(written([&](BitStreamWriter& w) { pValue->write(w); })));
+	Ixor::AutoPtr<FloatEncoding> pValue(new FloatEncoding(std::vector<float>{0.0f, -1.5f, -0.0f}));
+	EXPECT_EQ(toHex(fromHex("0b 00000000 bfc00000 80000000")), toHex(written([&](BitStreamWriter& w) { pValue->write(w); })));
 	pValue->createContent();
-	EXPECT_EQ("0 -1.5", pValue->content());
-	EXPECT_EQ(0, FloatEncoding::check("0 -1.5"));
-	EXPECT_EQ(16, DoubleEncoding::check("0 -1.5"));
+	EXPECT_EQ("0 -1.5 -0", pValue->content());
+	EXPECT_EQ(0, FloatEncoding::check("0 -1.5 -0"));
+	EXPECT_EQ(24, DoubleEncoding::check("0 -1.5 -0"));
 
 	// The text of a float uses the single-precision form, which the float
 	// parser (testing against the double form) need not accept again.
@@ -367,6 +380,26 @@ TEST(EncodingTest, FloatValuesThatTheTextFormRefusesAreWritten)
 	EXPECT_EQ("3.2750735e+6", pLarge->content());
 	EXPECT_EQ(0, FloatEncoding::check("3.2750735e+6"));
 	EXPECT_EQ(4, FloatEncoding::check("3275073.5"));
+}
+
+
+TEST(EncodingTest, EveryNaNReadsAsNaN)
+{
+	// Negative, signalling and payload-carrying NaNs as other writers may
+	// send them.
+	struct { unsigned int index; const char* octets; } cases[] =
+	{
+		{7, "0b ffc00000 7f800001 7fc12345"},
+		{8, "17 fff8000000000000 7ff0000000000001 7ff8000000012345"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.octets);
+		Source source(fromHex(c.octets), false);
+		std::string text;
+		ALGORITHMS[c.index].decodeText(source.reader(), text);
+		EXPECT_EQ("NaN NaN NaN", text);
+	}
 }
 
 
@@ -410,9 +443,16 @@ const RefusedCase REFUSED_CASES[] =
 	{7, "1e-39", 0, "Illegal value string for FloatEncoding"},            // subnormal
 	{7, "3.4028235e+38", 0, "Illegal value string for FloatEncoding"},    // just above the largest float
 	{7, "1.50", 0, "Illegal value string for FloatEncoding"},
+	{7, "-0",   0, "Illegal value string for FloatEncoding"},
+	{7, "nan",  0, "Illegal value string for FloatEncoding"},
 	{7, "",     0, "Illegal (empty) data for FloatEncoding"},
 	{8, "1.50", 0, "Illegal value string for DoubleEncoding"},
-	{8, "-0",   0, "Illegal value string for DoubleEncoding"},
+	{8, "nan",  0, "Illegal value string for DoubleEncoding"},
+	{8, "inf",  0, "Illegal value string for DoubleEncoding"},
+	{8, "+INF", 0, "Illegal value string for DoubleEncoding"},
+	{8, "-NaN", 0, "Illegal value string for DoubleEncoding"},
+	{8, "-0.0", 0, "Illegal value string for DoubleEncoding"},
+	{8, "1e400", 0, "Illegal value string for DoubleEncoding"},
 	{8, "1e5",  0, "Illegal value string for DoubleEncoding"},
 	{8, "1.5  2", 0, "Illegal value string for DoubleEncoding"},
 	{8, "",     0, "Illegal (empty) data for DoubleEncoding"},
@@ -742,6 +782,77 @@ TEST(EncodingTest, Base64TextHasNoLineBreaks)
 	EXPECT_EQ(400u, text.size());
 	EXPECT_EQ(std::string::npos, text.find_first_of("\r\n"));
 	EXPECT_EQ("binary " + toHex(data), typedOf(*pValue));
+}
+
+
+TEST(EncodingTest, BinaryValuesGiveTheirTextAsContent)
+{
+	// Readers of the text form (attribute values, strings of an initial
+	// vocabulary) take content(); the octets stay for typed handlers.
+	struct { unsigned int index; const char* text; const char* merged; } cases[] =
+	{
+		{1, "01ABFF", "01ABFF02"},
+		{2, "Aav/",   "Aav/Ag=="},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.index);
+		Source source(fromHex("02 01abff"), false);
+		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
+		EXPECT_EQ(c.text, static_cast<const Encoding&>(*pValue).content());
+		EXPECT_EQ(c.text, pValue->content());
+		EXPECT_EQ("binary 01abff", typedOf(*pValue));
+
+		// A text asked for once follows later changes of the octets.
+		Encoding::Ptr pMore = c.index == 1 ? static_cast<Encoding*>(new HexEncoding("\x02", 1)) : new DWordEncoding("\x02", 1);
+		EXPECT_TRUE(pValue->merge(*pMore));
+		EXPECT_EQ(c.merged, pValue->content());
+		EXPECT_EQ(c.merged, textOf(*pValue));
+		pValue->content() = "changed";
+		pValue->createContent();
+		EXPECT_EQ(c.merged, pValue->content());
+	}
+}
+
+
+class AttributeRecorder: public Ixor::XML::DefaultHandler
+	/// A plain SAX handler that keeps the value of each attribute.
+{
+public:
+	void startElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&,
+		const Ixor::XML::Attributes& attributes) override
+	{
+		for (int i = 0; i < attributes.getLength(); ++i) values.push_back(attributes.getValue(i));
+	}
+
+	std::vector<std::string> values;
+};
+
+
+TEST(EncodingTest, EncodedAttributeValuesReachAPlainHandlerAsText)
+{
+	// <r a="..."/>: 0 1 1111 00, local name "r"; the attribute 0 11110 00,
+	// local name "a"; its value a literal at the first bit, 0 0, then the
+	// encoding (10 alphabet, 11 algorithm), the index and the octets.
+	struct { const char* value; const char* text; } cases[] =
+	{
+		{"30 01 01ab",             "01AB"},                   // 11 00000000 0001: hexadecimal, 2 octets
+		{"30 11 01ab",             "Aas="},                   // base64
+		{"30 63 7fc00000",         "NaN"},                    // float
+		{"30 77 8000000000000000", "-0"},                     // double
+		{"20 03 3c14da5f",         "3.14E-5"},                // 10 00000000 0011: numeric alphabet, 4 octets
+		{"20 11 1e2f",             "1 2"},                    // date and time alphabet
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.text);
+		const std::string document = fromHex("e0 00 00 01 00 7c 00 72 78 00 61") + fromHex(c.value) + fromHex("ff f0");
+		AttributeRecorder recorder;
+		FastInfosetParser parser;
+		parser.setContentHandler(&recorder);
+		parser.parseMemoryNP(document.data(), document.size());
+		EXPECT_EQ(std::vector<std::string>{c.text}, recorder.values);
+	}
 }
 
 

@@ -3,11 +3,12 @@
 //
 // Runs the fitool command as users do, in its own process: conversions in
 // both directions over the test data with each option, the listing, exit
-// statuses and messages for bad input and bad usage, and the promise that a
-// failed run leaves no output file.
+// statuses and messages for bad input and bad usage, several files,
+// terminals and pipes, and how output files are written and replaced.
 //
 
 
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
 #include "Poco/DirectoryIterator.h"
@@ -21,8 +22,14 @@
 #include "Poco/SAX/WhitespaceFilter.h"
 #include "Poco/StreamCopier.h"
 #include "Poco/TemporaryFile.h"
+#include "Poco/XML/XMLWriter.h"
 #include <gtest/gtest.h>
 #include <algorithm>
+#include <csignal>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <stdlib.h>
+#include <unistd.h>
 #include <fstream>
 #include <sstream>
 
@@ -365,7 +372,7 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 			+ ": FastInfoset Parse Exception: Unexpected end of stream while parsing octet string (at octet 3000)\n"},
 		{{"encode", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
 		{{"convert", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
-		{{"decode", path("good.xml")}, 1, "fitool: " + path("good.xml")
+		{{"decode", path("binary.dat")}, 1, "fitool: " + path("binary.dat")
 			+ ": FastInfoset Exception: Not a valid Fast Infoset document (invalid header) (at octet 2)\n"},
 		{{"encode", path("notations.xml")}, 1, "fitool: " + path("notations.xml")
 			+ ": FastInfoset Exception: Cannot encode declarations of notations and unparsed entities: notation gif\n"},
@@ -374,7 +381,7 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 		{{"encode", path("good.xml"), "-o", path("no/such/folder.fi")}, 1, "fitool: " + path("no/such/folder.fi") + ": File not found: "},
 		{{"translate"}, 2, "fitool: Bad usage: unknown command: translate\n"},
 		{{"encode", "--pretty"}, 2, "fitool: Unknown option"},
-		{{"encode", "a.xml", "b.xml"}, 2, "fitool: Bad usage: more than one input: b.xml\n"},
+		{{"dump", "a.fi", "b.fi"}, 2, "fitool: Bad usage: more than one input: b.fi\n"},
 		{{"encode", "--max-indexed-length", "-1"}, 2, "fitool: Invalid option argument: --max-indexed-length takes a number from 0 up: -1\n"},
 		{{"decode", "-o"}, 2, "fitool: Missing option argument"},
 		{{}, 2, "usage: fitool COMMAND"},
@@ -422,77 +429,46 @@ TEST_F(ToolTest, FailedRunsLeaveNoOutputFile)
 }
 
 
-TEST_F(ToolTest, DecodedTextIsWellFormedWhereTheParserReportsNoXML)
+TEST_F(ToolTest, DecodeWritesWhatTheConverterWrites)
 {
-	// The format keeps no name for the document type declaration, and the
-	// parser reports notations before the document starts: the tool places
-	// them where XML text wants them.
-	const std::string system = "image/gif";
-	const std::string publicId = "-//pub";
-	struct Case
+	const std::vector<std::pair<std::vector<std::string>, int>> OPTIONS =
 	{
-		const char* name;
-		std::string document;
-		std::string expected;
+		{{}, 0},
+		{{"--pretty"}, Ixor::XML::XMLWriter::PRETTY_PRINT},
+		{{"--declaration"}, Ixor::XML::XMLWriter::WRITE_XML_DECLARATION},
 	};
-	const Case CASES[] =
+	for (const std::string& file: dataFiles())
 	{
-		{"declaration, instruction inside and comment after it", writtenDocument([](FastInfosetWriter& w)
-			{
-				w.startDocument();
-				w.startDTD("", "", "root.dtd");
-				w.processingInstruction("inside", "dtd");
-				w.endDTD();
-				w.comment("after", 0, 5);
-				w.startElement("urn:x", "root", "p:root");
-				w.endElement("urn:x", "root", "p:root");
-				w.endDocument();
-			}),
-			"<?inside dtd?><!DOCTYPE p:root SYSTEM \"root.dtd\"><!--after--><p:root xmlns:p=\"urn:x\"/>\n"},
-		{"notations and entities without declaration", writtenDocument([&](FastInfosetWriter& w)
-			{
-				w.notationDecl("gif", 0, &system);
-				w.notationDecl("png", &publicId, 0);
-				w.unparsedEntityDecl("logo", 0, "logo.gif", "gif");
-				w.startDocument();
-				w.startElement("", "root", "");
-				w.endElement("", "root", "");
-				w.endDocument();
-			}),
-			"<!DOCTYPE root [<!NOTATION gif SYSTEM \"image/gif\"><!NOTATION png PUBLIC \"-//pub\">"
-			"<!ENTITY logo SYSTEM \"logo.gif\" NDATA gif>]><root/>\n"},
-		{"public identifier alone; late declaration", writtenDocument([&](FastInfosetWriter& w)
-			{
-				w.startDocument();
-				w.startDTD("", publicId, "");
-				w.endDTD();
-				w.startElement("", "root", "");
-				w.startDTD("", "", "late.dtd");
-				w.endDTD();
-				w.endElement("", "root", "");
-				w.endDocument();
-			}),
-			"<!DOCTYPE root><root/>\n"},
-	};
-	for (const Case& c: CASES)
-	{
-		SCOPED_TRACE(c.name);
-		const Outcome run = fitool({"decode"}, c.document);
-		EXPECT_EQ(0, run.status) << run.err;
-		EXPECT_EQ(c.expected, run.out);
+		std::istringstream xml(fileContent(file));
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi, 0, 16);
+		write("doc.fi", fi.str());
+		for (const auto& options: OPTIONS)
+		{
+			SCOPED_TRACE(file + " " + std::to_string(options.second));
+			std::vector<std::string> arguments = {"decode", path("doc.fi")};
+			arguments.insert(arguments.end(), options.first.begin(), options.first.end());
+			std::istringstream in(fi.str());
+			std::ostringstream expected;
+			Converter::convertToXML(in, expected, options.second | Converter::END_WITH_NEWLINE);
+			EXPECT_EQ(expected.str(), fitool(arguments).out);
+		}
 	}
 
-	// XML text needs an element; the host's writer refuses a document
-	// without one.
-	const Outcome empty = fitool({"decode"}, writtenDocument([](FastInfosetWriter& w)
+	// What XML text cannot hold fails the run and leaves no output.
+	write("comment.fi", writtenDocument([](FastInfosetWriter& w)
 		{
 			w.startDocument();
-			w.startDTD("", "", "root.dtd");
-			w.endDTD();
+			w.startElement("", "r", "");
+			w.comment("a--b", 0, 4);
+			w.endElement("", "r", "");
 			w.endDocument();
 		}));
-	EXPECT_EQ(1, empty.status);
-	EXPECT_EQ("fitool: (standard input): XML Exception: No document element", empty.err.substr(0, 60));
+	const Outcome refused = fitool({"decode", path("comment.fi"), "-o", path("comment.xml")});
+	EXPECT_EQ(1, refused.status);
+	EXPECT_EQ("fitool: " + path("comment.fi") + ": FastInfoset Exception: Cannot be written as well-formed XML: comment contains \"--\": \"a--b\"",
+		refused.err.substr(0, refused.err.find(" (at")));
+	EXPECT_FALSE(Poco::File(path("comment.xml")).exists());
 }
 
 
@@ -595,10 +571,256 @@ TEST_F(ToolTest, StatsHelpAndVersion)
 	EXPECT_EQ(0u, help.out.find("usage: fitool COMMAND"));
 	const Outcome commandHelp = fitool({"dump", "--help"});
 	EXPECT_EQ(0, commandHelp.status);
-	EXPECT_EQ(0u, commandHelp.out.find("usage: fitool dump IN"));
+	EXPECT_EQ(0u, commandHelp.out.find("usage: fitool dump [options] [FILE]"));
 	const Outcome version = fitool({"--version"});
 	EXPECT_EQ(0, version.status);
 	EXPECT_EQ(0u, version.out.find("fitool 1."));
+}
+
+
+TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
+{
+	// Each row runs in a fresh folder ({dir}) that holds one.xml, two.xml,
+	// tiny.xml, doc.fi (one.xml encoded), tiny.fi, a truncated bad.fi, a
+	// two.fi that says "old", and a folder out/. {tty} is a terminal.
+	const std::string NOTHING = "(nothing)";   // the stream stays empty
+	const std::string ABSENT = "(absent)";     // the file does not exist
+	const std::string FI = std::string("\xE0\0", 2);
+	struct Case
+	{
+		const char* what;
+		std::vector<std::string> arguments;
+		std::string input;       // standard input: a file's name in the folder
+		int status;
+		std::string out;         // a fragment of standard output, or NOTHING
+		std::string err;         // a fragment of standard error, or NOTHING
+		std::vector<std::pair<std::string, std::string>> files;   // the start of a file afterwards, or ABSENT
+	};
+	const Case CASES[] =
+	{
+		// Terminals
+		{"encode refuses a terminal", {"encode", "{dir}/tiny.xml", "-o", "{tty}"}, "", 2, NOTHING,
+			"fitool: Bad usage: Fast Infoset is not written to a terminal; redirect the output, give -o FILE, or use -f (--force)\n", {}},
+		{"encode writes to a terminal when forced", {"encode", "-f", "{dir}/tiny.xml", "-o", "{tty}"}, "", 0, NOTHING, NOTHING, {}},
+		{"decode writes to a terminal", {"decode", "{dir}/tiny.fi", "-o", "{tty}"}, "", 0, NOTHING, NOTHING, {}},
+		{"convert refuses a terminal for Fast Infoset", {"convert", "{dir}/tiny.xml", "-o", "{tty}"}, "", 2, NOTHING, "(--force)", {}},
+
+		// The wrong format
+		{"decode given XML text", {"decode", "{dir}/one.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/one.xml: Not Fast Infoset: the input is XML text; use fitool encode\n", {}},
+		{"dump given XML text", {"dump", "{dir}/one.xml"}, "", 1, NOTHING, "Not Fast Infoset: the input is XML text; use fitool encode\n", {}},
+		{"check given XML text with a byte order mark", {"check"}, "bom.xml", 1, NOTHING,
+			"fitool: (standard input): Not Fast Infoset: the input is XML text; use fitool encode\n", {}},
+		{"encode given Fast Infoset", {"encode", "{dir}/doc.fi"}, "", 1, NOTHING,
+			"fitool: {dir}/doc.fi: Not XML text: the input is Fast Infoset; use fitool decode\n", {}},
+		{"stats given Fast Infoset", {"stats", "-"}, "doc.fi", 1, NOTHING, "Not XML text: the input is Fast Infoset; use fitool dump\n", {}},
+
+		// Several files
+		{"one input goes to standard output", {"encode", "{dir}/one.xml"}, "", 0, FI, NOTHING, {{"one.fi", ABSENT}}},
+		{"several inputs go beside them; an existing output stays", {"encode", "{dir}/one.xml", "{dir}/two.xml", "{dir}/tiny.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/two.fi: File exists: use -f (--force) to replace it\n", {{"one.fi", FI}, {"two.fi", "old"}, {"tiny.fi", FI}}},
+		{"-f replaces existing outputs", {"encode", "-f", "{dir}/one.xml", "{dir}/two.xml"}, "", 0, NOTHING, NOTHING, {{"one.fi", FI}, {"two.fi", FI}}},
+		{"decode replaces .fi by .xml, or appends .xml", {"decode", "{dir}/doc.fi", "{dir}/noname"}, "", 0, NOTHING, NOTHING,
+			{{"doc.xml", "<!--"}, {"noname.xml", "<r/>"}}},
+		{"-o DIR puts outputs into the folder, the others still done", {"decode", "{dir}/bad.fi", "{dir}/doc.fi", "-o", "{dir}/out"}, "", 1, NOTHING,
+			"fitool: {dir}/bad.fi: FastInfoset Parse Exception: ", {{"out/doc.xml", "<!--"}, {"out/bad.xml", ABSENT}, {"doc.xml", ABSENT}}},
+		{"-o DIR for one input", {"encode", "{dir}/one.xml", "-o", "{dir}/out"}, "", 0, NOTHING, NOTHING, {{"out/one.fi", FI}}},
+		{"-o FILE replaces it for one input", {"encode", "{dir}/two.xml", "-o", "{dir}/two.fi"}, "", 0, NOTHING, NOTHING, {{"two.fi", FI}}},
+		{"several inputs need a folder", {"encode", "{dir}/one.xml", "{dir}/two.xml", "-o", "{dir}/one.fi"}, "", 2, NOTHING,
+			"fitool: Bad usage: with several inputs, -o names a folder: {dir}/one.fi\n", {{"one.fi", ABSENT}}},
+		{"standard input is not one of several", {"encode", "-", "{dir}/one.xml"}, "one.xml", 2, NOTHING, "fitool: Bad usage: standard input has no name", {}},
+		{"- is standard input", {"decode", "-"}, "tiny.fi", 0, "<r/>\n", NOTHING, {}},
+
+		// check
+		{"check is silent on sound documents", {"check", "{dir}/doc.fi", "{dir}/tiny.fi"}, "", 0, NOTHING, NOTHING, {}},
+		{"check reads standard input", {"check"}, "doc.fi", 0, NOTHING, NOTHING, {}},
+		{"check names the bad document and goes on", {"check", "{dir}/bad.fi", "{dir}/doc.fi", "-v"}, "", 1,
+			"{dir}/doc.fi: 3406 octets, 27 elements, 26 attributes, ",
+			"fitool: {dir}/bad.fi: FastInfoset Parse Exception: Unexpected end of stream while parsing octet string (at or before octet 3000)\n", {}},
+		{"check -v counts", {"check", "-v", "{dir}/tiny.fi"}, "", 0,
+			"{dir}/tiny.fi: 9 octets, 1 element, 0 attributes, 0 octets of text, 0 comments, 0 processing instructions\n", NOTHING, {}},
+
+		// -q and -v
+		{"-v tells sizes and ratio", {"encode", "-v", "{dir}/one.xml", "-o", "{dir}/x.fi"}, "", 0, NOTHING,
+			"{dir}/one.xml -> {dir}/x.fi: 4006 -> 3406 octets (85.0%)\n", {}},
+		{"the last of -v and -q counts", {"encode", "-v", "-q", "{dir}/one.xml", "-o", "{dir}/x.fi"}, "", 0, NOTHING, NOTHING, {}},
+
+		// Help
+		{"encode --help", {"encode", "--help"}, "", 0, "usage: fitool encode [options] [FILE...]", NOTHING, {}},
+		{"help tells what standard input means", {"check", "--help"}, "", 0, "With no FILE, or when FILE is -, reads standard input.", NOTHING, {}},
+		{"help tells where outputs go", {"decode", "--help"}, "", 0, "decode NAME.xml for NAME.fi", NOTHING, {}},
+	};
+
+	const int master = posix_openpt(O_RDWR | O_NOCTTY);
+	ASSERT_GE(master, 0) << "no terminal to test with";
+	ASSERT_EQ(0, grantpt(master));
+	ASSERT_EQ(0, unlockpt(master));
+	const std::string terminal = ptsname(master);
+	fcntl(master, F_SETFL, O_NONBLOCK);
+
+	const std::string one = fileContent(FASTINFOSET_TEST_DATA "/saml-namespaced.xml");
+	std::istringstream oneIn(one);
+	std::ostringstream doc;
+	Converter::convertToFIS(oneIn, doc, 0, 16);
+	ASSERT_EQ(3406u, doc.str().size());
+	std::istringstream tinyIn("<r/>");
+	std::ostringstream tiny;
+	Converter::convertToFIS(tinyIn, tiny, 0, 16);
+
+	for (const Case& c: CASES)
+	{
+		SCOPED_TRACE(c.what);
+		const auto expand = [&](std::string text)
+		{
+			for (const auto& placeholder: {std::make_pair(std::string("{dir}"), _folder.path()), std::make_pair(std::string("{tty}"), terminal)})
+			{
+				for (std::string::size_type at; (at = text.find(placeholder.first)) != std::string::npos;)
+					text.replace(at, placeholder.first.size(), placeholder.second);
+			}
+			return text;
+		};
+		_folder.remove(true);
+		_folder.createDirectories();
+		Poco::File(path("out")).createDirectory();
+		write("one.xml", one);
+		write("two.xml", "<two/>");
+		write("tiny.xml", "<r/>");
+		write("bom.xml", "\xEF\xBB\xBF\n<r/>");
+		write("doc.fi", doc.str());
+		write("tiny.fi", tiny.str());
+		write("noname", tiny.str());
+		write("bad.fi", doc.str().substr(0, 3000));
+		write("two.fi", "old");
+
+		std::vector<std::string> arguments;
+		for (const std::string& argument: c.arguments) arguments.push_back(expand(argument));
+		const Outcome run = fitool(arguments, c.input.empty() ? std::string() : fileContent(path(c.input)));
+		char drained[4096];
+		while (read(master, drained, sizeof(drained)) > 0) {}
+
+		EXPECT_EQ(c.status, run.status) << run.err;
+		for (const auto& stream: {std::make_pair(c.out, run.out), std::make_pair(c.err, run.err)})
+		{
+			if (stream.first == NOTHING) EXPECT_EQ("", stream.second);
+			else EXPECT_NE(std::string::npos, stream.second.find(expand(stream.first))) << stream.second;
+		}
+		for (const auto& file: c.files)
+		{
+			if (file.second == ABSENT) EXPECT_FALSE(Poco::File(path(file.first)).exists()) << file.first;
+			else EXPECT_EQ(file.second, fileContent(path(file.first)).substr(0, file.second.size())) << file.first;
+		}
+	}
+	close(master);
+}
+
+
+TEST_F(ToolTest, OutputFilesAreReplacedSafely)
+{
+	std::istringstream xml("<r/>");
+	std::ostringstream fi;
+	Converter::convertToFIS(xml, fi, 0, 16);
+	write("tiny.fi", fi.str());
+	const std::string decoded = "<r/>\n";
+	const auto mode = [this](const std::string& name)
+	{
+		struct stat status;
+		return lstat(path(name).c_str(), &status) == 0 ? static_cast<int>(status.st_mode) : -1;
+	};
+	int fifo = -1;
+	struct Case
+	{
+		const char* what;
+		std::function<void()> prepare;
+		std::string output;
+		std::string out;   // what reaches standard output
+		std::function<void()> verify;
+	};
+	const Case CASES[] =
+	{
+		{"a file keeps its mode", [&] { write("kept.xml", "old"); chmod(path("kept.xml").c_str(), 0604); }, "kept.xml", "", [&]
+			{
+				EXPECT_EQ(S_IFREG | 0604, mode("kept.xml"));
+				EXPECT_EQ(decoded, fileContent(path("kept.xml")));
+			}},
+		{"a new file gets 0666 less the umask", [] {}, "new.xml", "", [&] { EXPECT_EQ(S_IFREG | 0640, mode("new.xml")); }},
+		{"a link is followed and its target replaced", [&]
+			{
+				write("target.xml", "old");
+				symlink("target.xml", path("link.xml").c_str());
+			},
+			"link.xml", "", [&]
+			{
+				EXPECT_TRUE(S_ISLNK(mode("link.xml")));
+				EXPECT_EQ(decoded, fileContent(path("target.xml")));
+			}},
+		{"a dangling link gets its target", [&] { symlink("made.xml", path("dangling.xml").c_str()); }, "dangling.xml", "", [&]
+			{
+				EXPECT_TRUE(S_ISLNK(mode("dangling.xml")));
+				EXPECT_EQ(decoded, fileContent(path("made.xml")));
+			}},
+		{"a FIFO is written, not replaced", [&]
+			{
+				mkfifo(path("fifo").c_str(), 0600);
+				// Open for both, so that neither side waits for the other.
+				fifo = open(path("fifo").c_str(), O_RDWR | O_NONBLOCK);
+			},
+			"fifo", "", [&]
+			{
+				EXPECT_TRUE(S_ISFIFO(mode("fifo")));
+				char buffer[64];
+				const ssize_t n = read(fifo, buffer, sizeof(buffer));
+				EXPECT_EQ(decoded, std::string(buffer, n > 0 ? static_cast<std::size_t>(n) : 0));
+				close(fifo);
+			}},
+		{"a link to an open descriptor is written through", [] {}, "/dev/fd/1", decoded, [] {}},
+	};
+	for (const Case& c: CASES)
+	{
+		SCOPED_TRACE(c.what);
+		c.prepare();
+		const mode_t umaskBefore = umask(027);
+		const Outcome run = fitool({"decode", path("tiny.fi"), "-o", c.output[0] == '/' ? c.output : path(c.output)});
+		umask(umaskBefore);
+		EXPECT_EQ(0, run.status) << run.err;
+		EXPECT_EQ(c.out, run.out);
+		c.verify();
+	}
+	// No temporary file stays behind.
+	for (const std::string& name: folderContent()) EXPECT_NE('.', name[0]) << name;
+}
+
+
+TEST_F(ToolTest, AReaderThatClosesThePipeEndsTheToolQuietly)
+{
+	std::string xml = "<r>";
+	for (int i = 0; i < 20000; ++i) xml += "<item n='" + std::to_string(i) + "'>text " + std::to_string(i) + "</item>\n";
+	xml += "</r>";
+	std::istringstream in(xml);
+	std::ostringstream fi;
+	Converter::convertToFIS(in, fi, 0, 16);
+	write("big.fi", fi.str());
+
+	for (const char* command: {"decode", "dump"})
+	{
+		SCOPED_TRACE(command);
+		Poco::Pipe outPipe;
+		Poco::Pipe errPipe;
+		// Callers may ignore the signal, and the tool inherits that.
+		const auto previous = std::signal(SIGPIPE, SIG_IGN);
+		Poco::ProcessHandle process = Poco::Process::launch(FITOOL_PATH, {command, path("big.fi")}, 0, &outPipe, &errPipe);
+		std::signal(SIGPIPE, previous);
+		char start[100];
+		ASSERT_GT(outPipe.readBytes(start, sizeof(start)), 0);
+		outPipe.close(Poco::Pipe::CLOSE_READ);
+		std::string err;
+		Poco::PipeInputStream errStream(errPipe);
+		Poco::StreamCopier::copyToString(errStream, err);
+		const int status = process.wait();
+		// Ended by the signal, as the host reports it (a shell says 141), or
+		// done.
+		EXPECT_TRUE(status == 256 + SIGPIPE || status == 0) << status;
+		EXPECT_EQ("", err);
+	}
 }
 
 

@@ -221,6 +221,51 @@ TEST(VocabularyTest, HashTablesRefuseTheValueBeyondTheirCapacity)
 }
 
 
+TEST(VocabularyTest, IndexWithinAddsOnlyWhileThereIsRoom)
+{
+	// A writer asks for an index that a reader can follow: the table takes
+	// a new value only up to the given index and its own capacity, and
+	// otherwise says so without throwing and without changing.
+	HashVocabulary<std::string> hash(19);
+	MapVocabulary<std::string> map(19);
+	struct Case { const char* kind; std::function<unsigned int(const std::string&, std::size_t, bool&)> indexWithin; std::function<std::size_t()> size; };
+	const Case cases[] =
+	{
+		{"hash", [&](const std::string& v, std::size_t max, bool& found) { return hash.indexWithin(v.data(), v.size(), max, found); }, [&] { return hash.size(); }},
+		{"map",  [&](const std::string& v, std::size_t max, bool& found) { return map.indexWithin(v.data(), v.size(), max, found); },  [&] { return map.size(); }},
+	};
+	const unsigned int NOT_FOUND = Vocabulary<std::string>::NOT_FOUND;
+	for (const Case& c: cases)
+	{
+		SCOPED_TRACE(c.kind);
+		bool found = true;
+		EXPECT_EQ(1u, c.indexWithin("a", 1, found));
+		EXPECT_FALSE(found);
+		EXPECT_EQ(NOT_FOUND, c.indexWithin("b", 1, found));   // its index would be 2
+		EXPECT_FALSE(found);
+		EXPECT_EQ(1u, c.indexWithin("a", 1, found));          // present values are still found
+		EXPECT_TRUE(found);
+		EXPECT_EQ(2u, c.size());
+		for (int i = 2; i < 19; ++i) EXPECT_EQ(static_cast<unsigned int>(i), c.indexWithin("v" + std::to_string(i), 100, found));
+		// 19 values fill the hash table; the map grows.
+		const unsigned int beyond = c.indexWithin("one more", 100, found);
+		EXPECT_EQ(std::string(c.kind) == "hash" ? NOT_FOUND : 19u, beyond);
+		EXPECT_EQ(7u, c.indexWithin("v7", 100, found));
+		EXPECT_TRUE(found);
+	}
+	bool found = false;
+	EXPECT_EQ(19u, hash.size());
+	EXPECT_EQ(NOT_FOUND, hash.exists("one more", found));
+
+	HashVocabulary<QualifiedNameEntry> names(3);
+	EXPECT_EQ(1u, names.indexWithin(QualifiedNameEntry(1, 2, 3), 100, found));
+	EXPECT_EQ(2u, names.indexWithin(QualifiedNameEntry(3, 2, 1), 100, found));
+	EXPECT_EQ(Vocabulary<QualifiedNameEntry>::NOT_FOUND, names.indexWithin(QualifiedNameEntry(2, 1, 3), 100, found));
+	EXPECT_EQ(2u, names.indexWithin(QualifiedNameEntry(3, 2, 1), 0, found));
+	EXPECT_TRUE(found);
+}
+
+
 TEST(VocabularyTest, NameTablesTellPermutedIdsApart)
 {
 	// The name hash is symmetric in the three ids; probing must compare.
@@ -389,15 +434,17 @@ TEST(VocabularyTest, DifferenceOfDocumentVocabularies)
 //
 // Restricted alphabets and string decoding
 //
-TEST(VocabularyTest, AlphabetBitSizesAndEndCodes)
+TEST(VocabularyTest, AlphabetCodesHaveTheFewestBitsThatLeaveTheAllOnesCodeFree)
 {
 	struct { const char* characters; unsigned int bitSize; int endCode; } cases[] =
 	{
-		{"a",               1, 1},
-		{"abc",             2, 3},
-		{"abcdefg",         3, 7},
-		{"0123456789-+.e",  3, 14},   // the end code cannot be sent in 3 bits
-		{"abcdefghijklmno", 4, 15},
+		{"a",                1, 1},
+		{"ab",               2, 3},
+		{"abc",              2, 3},
+		{"abcdefg",          3, 7},
+		{"abcdefgh",         4, 15},
+		{"0123456789-+.E ",  4, 15},
+		{"0123456789abcdef", 5, 31},
 		{"\xce\xb1\xce\xb2\xce\xb3", 2, 3},   // three characters, six octets
 	};
 	for (const auto& c: cases)
@@ -408,7 +455,9 @@ TEST(VocabularyTest, AlphabetBitSizesAndEndCodes)
 		EXPECT_TRUE(alphabet.isEndOfString(c.endCode));
 		EXPECT_FALSE(alphabet.isEndOfString(c.endCode - 1));
 	}
+	EXPECT_FALSE(RestrictedAlphabet().isEndOfString(0));
 	EXPECT_THAT(assertionOf([] { RestrictedAlphabet(""); }), HasSubstr("!utf8Characters.empty()"));
+	EXPECT_THAT(assertionOf([] { RestrictedAlphabet("ab").indexToChar(2); }), HasSubstr("code"));
 }
 
 
@@ -416,8 +465,8 @@ TEST(VocabularyTest, DocumentAlphabetsByIndex)
 {
 	DocumentRestrictedAlphabet alphabets;
 	EXPECT_EQ(15u, alphabets.alphabets().size());
-	EXPECT_EQ("0123456789-+.e", alphabets.alphabet(1).characters());
-	EXPECT_EQ("0123456789-:TZ", alphabets.alphabet(2).characters());
+	EXPECT_EQ("0123456789-+.E ", alphabets.alphabet(1).characters());
+	EXPECT_EQ("0123456789-:TZ ", alphabets.alphabet(2).characters());
 	EXPECT_EQ(0u, alphabets.alphabet(15).bitSize());
 	const std::string range = "vocabulary > 0 && vocabulary <= _alphabets.size()";
 	EXPECT_THAT(assertionOf([&] { alphabets.alphabet(0); }), HasSubstr(range));
@@ -428,28 +477,69 @@ TEST(VocabularyTest, DocumentAlphabetsByIndex)
 	EXPECT_EQ(0u, (DocumentRestrictedAlphabet() - DocumentRestrictedAlphabet()).alphabets().size());
 	EXPECT_EQ("abc", (alphabets - DocumentRestrictedAlphabet()).alphabets().at(0).characters());
 	EXPECT_THAT(assertionOf([&] { DocumentRestrictedAlphabet() - alphabets; }), HasSubstr("other.alphabets().size() <= _alphabets.size()"));
+
+	for (unsigned int index: {0u, 3u, 15u, 17u, 0xFFFFFFFFu}) EXPECT_FALSE(alphabets.isDefined(index)) << index;
+	for (unsigned int index: {1u, 2u, 16u}) EXPECT_TRUE(alphabets.isDefined(index)) << index;
 }
 
 
-TEST(VocabularyTest, AlphabetStringsDecodeUpToTheEndCodeOrTheLastWholeCode)
+TEST(VocabularyTest, BuiltInAlphabetsReadFourBitCodes)
+{
+	// Strings as any writer of the format sends them: one character per
+	// four bits, an odd count filled up with 1111.
+	struct { unsigned int index; const char* hex; const char* text; } cases[] =
+	{
+		{1, "3c 14 da 5f",                   "3.14E-5"},                // 3 . 1 4 E - 5 | fill
+		{1, "a1 2e b3 c5",                   "-12 +3.5"},
+		{1, "0f",                            "0"},
+		{2, "20 24 a0 6a 11 c1 2b 30 b0 0d", "2024-06-11T12:30:00Z"},   // - a, : b, T c, Z d
+		{2, "1e 2f",                         "1 2"},
+	};
+	const DocumentRestrictedAlphabet alphabets;
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.text);
+		std::string text = "old";
+		StringDecoder::decodeAlphabet(fromHex(c.hex), alphabets.alphabet(c.index), text);
+		EXPECT_EQ(c.text, text);
+	}
+}
+
+
+TEST(VocabularyTest, AlphabetStringsEndAtTheFillOfTheirLastOctet)
 {
 	struct { const char* characters; const char* hex; const char* text; } cases[] =
 	{
-		{"abc",            "1b",     "abc"},        // 00 01 10 11: the end code stops
-		{"abc",            "1b00",   "abc"},        // nothing after the end code
-		{"abc",            "0540",   "aabbbaaa"},   // 00 00 01 01 | 01 00 00 00
-		{"0123456789-+.e", "053977", "01234567"},   // 000 001 010 011 100 101 110 111
-		{"0123456789-+.e", "ff",     "77"},         // two codes; two bits left over
-		{"a",              "60",     "a"},          // 0|1|10 0000: "a", then the end code
+		{"a",                "1f",     "aaa"},                  // 0 0 0|1 1111
+		{"a",                "00",     "aaaaaaaa"},
+		{"ab",               "47",     "bab"},                  // 01 00 01|11
+		{"abc",              "1b",     "abc"},                  // 00 01 10|11
+		{"abc",              "89",     "cacb"},                 // no fill
+		{"abcdefg",          "d4 7f",  "gfa"},                  // 110 101 000|1 1111 11
+		{"abcdefg",          "d7",     "gf"},                   // 110 101|11: fill shorter than a code
+		{"abcdefg",          "05 39 70", "abcdefga"},           // eight codes, no fill
+		{"0123456789abcdef", "78 3f",  "f0"},                   // 01111 00000|11 1111
+		{"0123456789abcdef", "0f",     "1"},                    // 00001|111
 		{"\xce\xb1\xce\xb2\xce\xb3", "1b", "\xce\xb1\xce\xb2\xce\xb3"},
-		{"a\xff" "b",      "1b",     "a?b"},        // an invalid sequence stands for "?"
+		{"a\xff" "b",        "1b",     "a?b"},                  // an invalid sequence stands for "?"
+		// Codes between the last character and the all-ones code, and an
+		// all-ones code before the last octet, come only from bad input.
+		{"ab",               "bf",     "Restricted alphabet code names no character"},     // 10|11 1111
+		{"0123456789abcdef", "80",     "Restricted alphabet code names no character"},     // 10000|000
+		{"abc",              "1b 00",  "Restricted alphabet string ends before its last octet"},
+		{"0123456789-+.E ",  "ff",     "Restricted alphabet string ends before its last octet"},
+		{"abcdefg",          "ff ff",  "Restricted alphabet string ends before its last octet"},
 	};
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(testing::Message() << c.characters << " " << c.hex);
 		std::string text = "old";
-		StringDecoder::decodeAlphabet(fromHex(c.hex), RestrictedAlphabet(c.characters), text);
-		EXPECT_EQ(c.text, text);
+		const std::string message = messageOf<FISEncodingException>([&]
+		{
+			StringDecoder::decodeAlphabet(fromHex(c.hex), RestrictedAlphabet(c.characters), text);
+		});
+		if (message == "no exception") EXPECT_EQ(c.text, text);
+		else EXPECT_EQ(c.text, message);
 	}
 	std::string text;
 	EXPECT_THAT(messageOf<FISEncodingException>([&] { StringDecoder::decodeAlphabet(fromHex("00"), RestrictedAlphabet(), text); }),
@@ -507,7 +597,7 @@ TEST(VocabularyTest, InitialVocabulariesFillTheTablesInStreamOrder)
 		bitsOf(0, 8) + identifying("ab") +
 		bitsOf(0, 8) + identifying("urn:algorithm") +
 		bitsOf(0, 8) + utf8Item("v") +
-		bitsOf(0, 8) + "00 10 00000111 00000000 0000 00000111" +   // extra integer 8, alphabet 1, "01"
+		bitsOf(0, 8) + "00 10 00000111 00000000 0000 00000001" +   // extra integer 8, alphabet 1, "01"
 		bitsOf(0, 8) + "00 01 0011 00000000 01100001 00000000 01100010" +
 		bitsOf(0, 8) + "000000 00 0 0000001", vocabulary);   // element name, local name 2
 	EXPECT_EQ("ab", vocabulary.restrictedAlphabets().alphabet(16).characters());

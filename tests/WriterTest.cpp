@@ -1,6 +1,10 @@
+#include "Ixor/FastInfoset/Converter.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/DefaultHandler.h"
+#include "EventRecorder.h"
 #include "TestSupport.h"
 #include <gtest/gtest.h>
 #include <functional>
@@ -30,6 +34,19 @@ std::string document(const std::function<void(FastInfosetWriter&)>& events, bool
 		if (withDocument) writer.endDocument();
 	}
 	return toHex(out.str());
+}
+
+
+std::vector<std::string> parsed(const std::string& document, bool comparable = false)
+	/// The events that the parser reports for document, one line each.
+{
+	EventRecorder::Options options;
+	options.comparable = comparable;
+	EventRecorder recorder(options);
+	FastInfosetParser parser;
+	recorder.attachTo(parser);
+	parser.parseMemoryNP(document.data(), document.size());
+	return recorder.lines;
 }
 
 
@@ -252,21 +269,146 @@ TEST(WriterTest, HeaderCarriesDeclarationsAndTheInitialVocabulary)
 }
 
 
-TEST(WriterTest, MisuseIsRefused)
+TEST(WriterTest, EventSequencesThatMakeNoDocumentAreRefused)
 {
+	typedef std::function<void(FastInfosetWriter&)> Events;
+	const Events none = [](FastInfosetWriter&) {};
+	const Events started = [](FastInfosetWriter& w) { w.startDocument(); };
+	const Events inRoot = [](FastInfosetWriter& w) { w.startDocument(); w.startElement("", "a", "a"); };
+	const Events inCDATA = [](FastInfosetWriter& w) { w.startDocument(); w.startElement("", "a", "a"); w.startCDATA(); };
+	const Events afterRoot = [](FastInfosetWriter& w) { w.startDocument(); w.emptyElement("", "a", "a"); };
+	const Events ended = [](FastInfosetWriter& w) { w.startDocument(); w.emptyElement("", "a", "a"); w.endDocument(); };
+	AttributesImpl sameTwice = attributes({{"x", "1"}, {"y", "2"}, {"x", "3"}});
+	AttributesImpl sameNamespaceTwice;
+	sameNamespaceTwice.addAttribute("urn:q", "x", "p:x", "CDATA", "1");
+	sameNamespaceTwice.addAttribute("urn:q", "x", "q:x", "CDATA", "2");
+	AttributesImpl manyWithOneTwice;
+	for (int i = 0; i < 40; ++i) manyWithOneTwice.addAttribute("", "a" + std::to_string(i), "", "CDATA", "v");
+	manyWithOneTwice.addAttribute("", "a17", "", "CDATA", "again");
+	AttributesImpl noName;
+	noName.addAttribute("", "", "", "CDATA", "v");
+	AttributesImpl badName = attributes({{"a b", "1"}});
+	const struct
+	{
+		const char* message;
+		const Events& before;
+		Events refused;
+	}
+	cases[] =
+	{
+		{"startElement() before startDocument()",              none,      [](FastInfosetWriter& w) { w.startElement("", "a", "a"); }},
+		{"characters() before startDocument()",                none,      [](FastInfosetWriter& w) { w.characters("x"); }},
+		{"startDocument() inside a document",                  inRoot,    [](FastInfosetWriter& w) { w.startDocument(); }},
+		{"startDocument() after endDocument(): a writer writes one document", ended, [](FastInfosetWriter& w) { w.startDocument(); }},
+		{"processingInstruction() after endDocument(): a writer writes one document: t", ended, [](FastInfosetWriter& w) { w.processingInstruction("t", "d"); }},
+		{"Mismatched end tag: b ends a",                       inRoot,    [](FastInfosetWriter& w) { w.endElement("", "b", "b"); }},
+		{"Mismatched end tag: {urn:x}a ends a",                inRoot,    [](FastInfosetWriter& w) { w.endElement("urn:x", "a", ""); }},
+		{"endElement() after the root element: a",             afterRoot, [](FastInfosetWriter& w) { w.endElement("", "a", "a"); }},
+		{"endElement() inside a CDATA section: a",             inCDATA,   [](FastInfosetWriter& w) { w.endElement("", "a", "a"); }},
+		{"endDocument() with the element a open",              inRoot,    [](FastInfosetWriter& w) { w.endDocument(); }},
+		{"startElement() after the root element",              afterRoot, [](FastInfosetWriter& w) { w.startElement("", "b", "b"); }},
+		{"characters() after the root element",                afterRoot, [](FastInfosetWriter& w) { w.characters("x"); }},
+		{"encodedData() outside the root element",             started,   [](FastInfosetWriter& w) { w.encodedData(1); }},
+		{"endCDATA() without startCDATA()",                    inRoot,    [](FastInfosetWriter& w) { w.endCDATA(); }},
+		{"endDTD() without startDTD()",                        started,   [](FastInfosetWriter& w) { w.endDTD(); }},
+		{"Cannot nest CDATA sections",                         inCDATA,   [](FastInfosetWriter& w) { w.startCDATA(); }},
+		{"notationDecl() with the element a open: n",          inRoot,    [](FastInfosetWriter& w) { w.notationDecl("n", 0, 0); }},
+		{"Tag mismatch",                                       started,   [](FastInfosetWriter& w) { w.startElement("", "", ""); }},
+		{"Tag mismatch: p:q",                                  started,   [](FastInfosetWriter& w) { w.startElement("urn:u", "", "p:q"); }},
+		{"Not an XML name: 1a",                                started,   [](FastInfosetWriter& w) { w.startElement("", "1a", "1a"); }},
+		{"Not an XML name: a b",                               inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", badName); }},
+		{"Not an XML name: x y",                               inRoot,    [](FastInfosetWriter& w) { w.processingInstruction("x y", "d"); }},
+		{"Not an XML name",                                    inRoot,    [](FastInfosetWriter& w) { w.processingInstruction("", "d"); }},
+		{"Not an XML name: n?",                                none,      [](FastInfosetWriter& w) { w.notationDecl("n?", 0, 0); }},
+		{"Not a namespace prefix: p:q",                        inRoot,    [](FastInfosetWriter& w) { w.startPrefixMapping("p:q", "urn:x"); w.startElement("", "e", "e"); }},
+		{"Duplicate attribute: x",                             inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", sameTwice); }},
+		{"Duplicate attribute: q:x",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", sameNamespaceTwice); }},
+		{"Duplicate attribute: a17",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", manyWithOneTwice); }},
+		{"Attribute without a name",                           inRoot,    [&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", noName); }},
+		{"startFragment() not allowed",                        started,   [](FastInfosetWriter& w) { w.startFragment(); }},
+		{"endFragment() not allowed",                          started,   [](FastInfosetWriter& w) { w.endFragment(); }},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.message);
+		std::ostringstream out;
+		FastInfosetWriter writer(out);
+		c.before(writer);
+		EXPECT_EQ(c.message, messageOf<FISException>([&] { c.refused(writer); }));
+	}
+
 	std::ostringstream out;
 	FastInfosetWriter writer(out);
-	writer.startDocument();
-	EXPECT_EQ("Tag mismatch", messageOf<FISException>([&] { writer.startElement("", "", ""); }));
-	EXPECT_EQ("Tag mismatch: p:q", messageOf<FISException>([&] { writer.startElement("urn:u", "", "p:q"); }));
-	writer.startCDATA();
-	EXPECT_EQ("Cannot nest CDATA sections", messageOf<FISException>([&] { writer.startCDATA(); }));
-	EXPECT_EQ("startFragment() not allowed", messageOf<FISException>([&] { writer.startFragment(); }));
-	EXPECT_EQ("endFragment() not allowed", messageOf<FISException>([&] { writer.endFragment(); }));
 	EXPECT_EQ("A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter",
 		messageOf<Ixor::InvalidArgumentException>([&] { writer.setDocumentVocabulary(DocumentVocabulary(DocumentVocabulary::VOC_VECTOR)); }));
 	EXPECT_EQ(DocumentVocabulary::VOC_HASH, writer.getDocumentVocabulary().impl());
-	EXPECT_THROW(writer.notationDecl("n", 0, 0), Ixor::AssertionViolationException);
+}
+
+
+TEST(WriterTest, RefusedEventsLeaveTheDocumentAsItWas)
+{
+	// What is refused is checked before any of it goes out: the document
+	// goes on as if the event had not come.
+	const std::string plain = document([](FastInfosetWriter& w)
+	{
+		w.startElement("", "a", "a", attributes({{"x", "1"}}));
+		w.emptyElement("", "b", "b", attributes({{"y", "2"}}));
+		w.endElement("", "a", "a");
+	});
+	const std::string refusals = document([](FastInfosetWriter& w)
+	{
+		EXPECT_THROW(w.endElement("", "a", "a"), FISException);
+		EXPECT_THROW(w.characters("before"), FISException);
+		w.startElement("", "a", "a", attributes({{"x", "1"}}));
+		EXPECT_THROW(w.startElement("", "b", "b", attributes({{"y", "1"}, {"y", "2"}})), FISException);
+		EXPECT_THROW(w.endElement("", "b", "b"), FISException);
+		EXPECT_THROW(w.endDocument(), FISException);
+		EXPECT_THROW(w.startDocument(), FISException);
+		EXPECT_THROW(w.endCDATA(), FISException);
+		w.emptyElement("", "b", "b", attributes({{"y", "2"}}));
+		w.endElement("", "a", "a");
+		EXPECT_THROW(w.startElement("", "c", "c"), FISException);
+		EXPECT_THROW(w.characters("after"), FISException);
+	});
+	EXPECT_EQ(plain, refusals);
+}
+
+
+TEST(WriterTest, NamesAreCheckedWhenTheyFirstGoOutInFull)
+{
+	const struct { const char* name; bool xmlName; } cases[] =
+	{
+		{"_a-1.b",   true},
+		{"p:local",  true},    // without namespaces the qualified name is the local name
+		{"\xC3\xA9t\xC3\xA9", true},   // été
+		{"a\xCC\x81", true},          // a combining mark after the first character
+		{"-a",       false},
+		{"a b",      false},
+		{"\xCC\x81", false},          // a combining mark cannot begin a name
+		{"a\xC3",    false},          // cut UTF-8
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.name);
+		const std::string name(c.name);
+		auto written = [&](std::function<void(FastInfosetWriter&)> events)
+		{
+			return messageOf<FISException>([&] { document(events); });
+		};
+		const std::string expected = c.xmlName ? "no exception" : "Not an XML name: " + name;
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.emptyElement("", name, name); }));
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.emptyElement("", "e", "e", attributes({{c.name, "v"}})); }));
+		EXPECT_EQ(expected, written([&](FastInfosetWriter& w) { w.processingInstruction(name, "d"); w.emptyElement("", "e", "e"); }));
+	}
+	// A name given to the writer in its vocabulary is taken as it is.
+	DocumentVocabulary vocabulary;
+	bool found = false;
+	vocabulary.index(DocumentVocabulary::LOCAL_NAME, "1a", found);
+	std::ostringstream out;
+	FastInfosetWriter writer(out, false, vocabulary);
+	writer.setExternalVocabulary("urn:v", vocabulary);
+	writer.startDocument();
+	EXPECT_NO_THROW(writer.emptyElement("", "1a", "1a"));
 }
 
 
@@ -373,4 +515,297 @@ TEST(WriterTest, IndexesComeOutAlikeOnTheQuickAndTheGeneralPath)
 		return toHex(out.str());
 	};
 	EXPECT_EQ(write(false), write(true));
+}
+
+
+TEST(WriterTest, AttributesWithANamespaceHaveAPrefix)
+{
+	// An unprefixed attribute has no namespace, so one with a namespace name
+	// is written with a prefix: its own when that can mean the namespace,
+	// one in scope, or a new one, never the default namespace.
+	struct Name { const char* uri; const char* localName; const char* qname; };
+	const struct
+	{
+		const char* what;
+		const char* mappedPrefix;   // declared with startPrefixMapping when not null
+		const char* mappedURI;
+		Name element;
+		Name attribute;
+		std::string hex;
+	}
+	cases[] =
+	{
+		// 0 element, 1 attributes, 111000: 78; 110011 1 1: cf, "p" 00 70, "urn:p" 04 ...
+		// 1111 000000, 00 1111 1 1: f0 3f, prefix and namespace index 2: 81 81, "e" 00 65
+		// 0 11110 1 1: 7b, 81 81, "a" 00 61, value 40 31; ff, f0
+		{"in the element's namespace", "p", "urn:p", {"urn:p", "e", "p:e"}, {"urn:p", "a", "p:a"},
+			"78 cf 0070 04" + toHex("urn:p") + " f0 3f 81 81 0065 7b 81 81 0061 4031 ff f0"},
+		// 110011 0 1: cd "urn:d"; cf "ns1" "urn:q"; f0; 00 1111 0 1: 3d, namespace 2: 81, "e"
+		// attribute: 7b, prefix ns1 2: 81, namespace urn:q 3: 82
+		{"no prefix and not in scope: a new one, while the default namespace stays", "", "urn:d", {"urn:d", "e", "e"}, {"urn:q", "a", ""},
+			"78 cd 04" + toHex("urn:d") + " cf 02" + toHex("ns1") + "04" + toHex("urn:q") + " f0 3d 81 0065 7b 81 82 0061 4031 ff f0"},
+		// cf "q" "urn:q"; f0; 00 1111 0 0: 3c "e"; 7b 81 81 "a"
+		{"its own prefix, declared where it is not in scope", 0, 0, {"", "e", "e"}, {"urn:q", "a", "q:a"},
+			"78 cf 0071 04" + toHex("urn:q") + " f0 3c 0065 7b 81 81 0061 4031 ff f0"},
+		// ns1 before p: cf "ns1" "urn:q", cf "p" "urn:p"; f0; 3f 82 82 "e"; 7b 81 81 "a"
+		{"its own prefix names the element's namespace: a new one", "p", "urn:p", {"urn:p", "e", "p:e"}, {"urn:q", "a", "p:a"},
+			"78 cf 02" + toHex("ns1") + "04" + toHex("urn:q") + " cf 0070 04" + toHex("urn:p") + " f0 3f 82 82 0065 7b 81 81 0061 4031 ff f0"},
+		// 0 1 1111 0 0: 7c "e"; 0 11110 0 0: 78, "x:a" 02 ...
+		{"no namespace processing: the qualified name is the name", 0, 0, {"", "", "e"}, {"", "", "x:a"},
+			"7c 0065 78 02" + toHex("x:a") + " 4031 ff f0"},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		std::string expected = HEADER + NO_OPTIONS + c.hex;
+		expected.erase(std::remove(expected.begin(), expected.end(), ' '), expected.end());
+		EXPECT_EQ(expected, document([&](FastInfosetWriter& w)
+		{
+			AttributesImpl a;
+			a.addAttribute(c.attribute.uri, c.attribute.localName, c.attribute.qname, "CDATA", "1");
+			if (c.mappedPrefix) w.startPrefixMapping(c.mappedPrefix, c.mappedURI);
+			w.emptyElement(c.element.uri, c.element.localName, c.element.qname, a);
+		}));
+	}
+}
+
+
+TEST(WriterTest, FullTablesOfTheDefaultWriterTakeStringsInFull)
+{
+	// The hash tables hold 18 other strings and 65520 chunks besides their
+	// placeholders; what comes after goes out in full without entering the
+	// table, so that it never turns into an index the reader lacks.
+	std::ostringstream out;
+	std::vector<std::string> expected;
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		w.startElement("", "r", "r");
+		auto comment = [&](const std::string& text)
+		{
+			w.comment(text.data(), 0, static_cast<int>(text.size()));
+			expected.push_back("comment " + text);
+		};
+		auto chunk = [&](const std::string& text)
+		{
+			w.characters(text);
+			expected.push_back("characters " + text);
+		};
+		for (int i = 1; i <= 100; ++i) comment("c" + std::to_string(i));
+		for (int i = 1; i <= 70000; ++i) chunk("t" + std::to_string(i));
+		comment("c1");
+		comment("c100");
+		chunk("t1");
+		chunk("t70000");
+		w.endElement("", "r", "r");
+		w.endDocument();
+	}
+	const std::string octets = toHex(out.str());
+	// e2, 1 0000000: index 1; e2, 0 0 00 0011 and "c100": in full, not added;
+	// 10 1 00000: chunk index 1; 10 0 0 00 10 00000011 and "t70000"; ff
+	const std::string tail = "e280" "e203" + toHex("c100") + "a0" "8203" + toHex("t70000") + "ff";
+	ASSERT_GT(octets.size(), tail.size());
+	EXPECT_EQ(tail, octets.substr(octets.size() - tail.size()));
+	std::vector<std::string> text;
+	for (const std::string& line: parsed(out.str()))
+	{
+		if (line.compare(0, 8, "comment ") == 0 || line.compare(0, 11, "characters ") == 0) text.push_back(line);
+	}
+	EXPECT_EQ("", firstDifference(expected, text));
+}
+
+
+TEST(WriterTest, TablesStopAtTheFormatsLastIndex)
+{
+	// Map tables grow, but a document can refer to no index beyond 2^20.
+	// Local names and attribute names past it go out in full; the names
+	// after a name whose local name the table could not take keep the
+	// reader's indexes. (Strings that are not names take the path of a full
+	// hash table, above.)
+	const int PER_ELEMENT = 64;
+	const int COUNT = (1 << 20) + PER_ELEMENT;
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out, false, DocumentVocabulary::VOC_MAP);
+		w.startDocument();
+		w.startElement("", "r", "r");
+		AttributesImpl a;
+		for (int i = 0; i < COUNT; i += PER_ELEMENT)
+		{
+			a.clear();
+			for (int j = i; j < i + PER_ELEMENT; ++j)
+			{
+				const std::string n = std::to_string(j);
+				a.addAttribute("", "a" + n, "a" + n, "CDATA", "v");
+			}
+			w.emptyElement("", "e", "e", a);
+		}
+		for (const char* name: {"fresh", "a7", "a7", "fresh", "a7", "e"}) w.emptyElement("", name, name);
+		w.emptyElement("", "last", "last", attributes({{"a9", "v"}, {"a1048575", "v"}, {"b", "v"}}));
+		w.endElement("", "r", "r");
+		w.endDocument();
+	}
+
+	struct Checker: Ixor::XML::DefaultHandler
+		/// Checks the attributes of the many elements e as they come, and
+		/// keeps what follows them.
+	{
+		int next = 0;
+		int wrong = 0;
+		std::vector<std::string> tail;
+
+		void startElement(const std::string&, const std::string& localName, const std::string&, const Ixor::XML::Attributes& attributes) override
+		{
+			if (localName == "e" && next < COUNT)
+			{
+				for (int i = 0; i < attributes.getLength(); ++i, ++next)
+				{
+					const std::string n = std::to_string(next);
+					if (attributes.getLocalName(i) != "a" + n || attributes.getValue(i) != "v") ++wrong;
+				}
+				return;
+			}
+			std::string line = localName;
+			for (int i = 0; i < attributes.getLength(); ++i) line += " " + attributes.getLocalName(i) + "=" + attributes.getValue(i);
+			tail.push_back(line);
+		}
+	};
+	Checker checker;
+	FastInfosetParser parser;
+	parser.setContentHandler(&checker);
+	const std::string document = out.str();
+	parser.parseMemoryNP(document.data(), document.size());
+	EXPECT_EQ(COUNT, checker.next);
+	EXPECT_EQ(0, checker.wrong);
+	const std::vector<std::string> tail =
+	{
+		"r",   // reported first
+		"fresh", "a7", "a7", "fresh", "a7", "e", "last a9=v a1048575=v b=v"
+	};
+	EXPECT_EQ(tail, checker.tail);
+}
+
+
+TEST(WriterTest, DeclarationsBeforeTheRootElementGoIntoTheHeader)
+{
+	// An XML parser reports notations and unparsed entities inside the
+	// document type declaration, after comments and instructions may have
+	// come: the header waits for the root element, and what came before it
+	// keeps its order.
+	const std::string publicId("-//N//EN");
+	const std::string systemId("n.txt");
+	auto declare = [&](FastInfosetWriter& w)
+	{
+		w.notationDecl("n", &publicId, &systemId);
+		w.unparsedEntityDecl("pic", 0, "pic.png", "n");
+	};
+	enum Where { BEFORE_START, IN_THE_DTD, BEFORE_ROOT };
+	auto events = [&](Where where)
+	{
+		return [&, where](FastInfosetWriter& w)
+		{
+			if (where == BEFORE_START) declare(w);
+			w.startDocument();
+			w.comment("first", 0, 5);
+			w.startDTD("r", "", "r.dtd");
+			if (where == IN_THE_DTD) declare(w);
+			w.processingInstruction("in", "dtd");
+			w.endDTD();
+			w.processingInstruction("after", "dtd");
+			if (where == BEFORE_ROOT) declare(w);
+			w.startElement("", "r", "r", attributes({{"img", "pic"}}));
+			w.endElement("", "r", "r");
+			w.endDocument();
+		};
+	};
+	const std::vector<std::string> expected =
+	{
+		"notation n public=-//N//EN system=n.txt",
+		"unparsedEntity pic public=(null) system=pic.png notation=n",
+		"startDocument",
+		"comment first",
+		"startDTD  public= system=r.dtd",
+		"pi in dtd",
+		"endDTD",
+		"pi after dtd",
+		"startElement {}r  {}img=pic",
+		"endElement {}r ",
+		"endDocument",
+	};
+	const std::string first = document(events(BEFORE_START), false);
+	for (Where where: {BEFORE_START, IN_THE_DTD, BEFORE_ROOT})
+	{
+		SCOPED_TRACE(where);
+		const std::string octets = document(events(where), false);
+		EXPECT_EQ(first, octets);
+		std::vector<std::string> lines = parsed(fromHex(octets), true);
+		// Where the parser reports the declarations is its own business.
+		std::stable_partition(lines.begin(), lines.end(), [](const std::string& line) { return line.compare(0, 8, "notation") == 0 || line.compare(0, 8, "unparsed") == 0; });
+		EXPECT_EQ(expected, lines);
+	}
+	EXPECT_EQ("notationDecl() with the element r open: m", messageOf<FISException>([&]
+	{
+		document([](FastInfosetWriter& w) { w.startElement("", "r", "r"); w.notationDecl("m", 0, 0); });
+	}));
+}
+
+
+TEST(WriterTest, XMLWithNotationsAndUnparsedEntitiesConverts)
+{
+	const std::string xml =
+		"<?xml version='1.0'?>\n"
+		"<!-- a comment before the declaration -->\n"
+		"<!DOCTYPE catalog [\n"
+		"  <!NOTATION gif PUBLIC '-//CompuServe//NOTATION GIF//EN' 'image/gif'>\n"
+		"  <!NOTATION png SYSTEM 'image/png'>\n"
+		"  <!ENTITY logo SYSTEM 'logo.gif' NDATA gif>\n"
+		"  <!ENTITY photo PUBLIC '-//Photo//EN' 'photo.png' NDATA png>\n"
+		"  <!ATTLIST item picture ENTITY #IMPLIED>\n"
+		"]>\n"
+		"<catalog><item picture='logo'/><item picture='photo'/></catalog>\n";
+	std::istringstream in(xml);
+	std::ostringstream fi;
+	Converter::convertToFIS(in, fi, 0, 16);
+	std::vector<std::string> events = parsed(fi.str(), true);
+	std::stable_partition(events.begin(), events.end(), [](const std::string& line) { return line.compare(0, 8, "notation") == 0 || line.compare(0, 8, "unparsed") == 0; });
+	const std::vector<std::string> expected =
+	{
+		"notation gif public=-//CompuServe//NOTATION GIF//EN system=image/gif",
+		"notation png public=(null) system=image/png",
+		"unparsedEntity logo public=(null) system=logo.gif notation=gif",
+		"unparsedEntity photo public=-//Photo//EN system=photo.png notation=png",
+		"startDocument",
+		"comment  a comment before the declaration ",
+		"startDTD  public= system=",
+		"endDTD",
+	};
+	events.resize(expected.size());
+	EXPECT_EQ(expected, events);
+}
+
+
+TEST(WriterTest, WritersFollowOneAnotherOnOneStream)
+{
+	// Each writer leaves its whole document on the stream by endDocument()
+	// and nothing more when it goes: the next one writes right behind it.
+	auto write = [](std::ostream& out, int which)
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		if (which == 1) w.processingInstruction("only", "a prolog");   // no element: the header waits for endDocument()
+		else w.emptyElement("", "d" + std::to_string(which), "", attributes({{"n", "v"}}));
+		w.endDocument();
+	};
+	std::stringstream stream;
+	std::string separate[3];
+	for (int i = 0; i < 3; ++i)
+	{
+		write(stream, i);
+		std::ostringstream alone;
+		write(alone, i);
+		separate[i] = alone.str();
+	}
+	EXPECT_EQ(separate[0] + separate[1] + separate[2], stream.str());
+	EXPECT_EQ((std::vector<std::string>{"startDocument", "pi only a prolog", "endDocument"}), parsed(separate[1], true));
+	EXPECT_EQ((std::vector<std::string>{"startDocument", "startElement {}d2  {}n=v", "endElement {}d2 ", "endDocument"}), parsed(separate[2], true));
 }

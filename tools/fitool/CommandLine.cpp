@@ -29,22 +29,40 @@ namespace
 
 	const CommandInfo COMMANDS[] =
 	{
-		{CommandLine::ENCODE, "encode", "[IN|-] [-o OUT] [options]",
+		{CommandLine::ENCODE, "encode", "[options] [FILE...]",
 			"Converts XML text to Fast Infoset."},
-		{CommandLine::DECODE, "decode", "[IN|-] [-o OUT] [options]",
-			"Converts Fast Infoset to XML text."},
-		{CommandLine::CONVERT, "convert", "IN [-o OUT] [options]",
-			"Converts in the direction that the input's first octets call for: Fast Infoset "
+		{CommandLine::DECODE, "decode", "[options] [FILE...]",
+			"Converts Fast Infoset to well-formed XML text."},
+		{CommandLine::CONVERT, "convert", "[options] [FILE...]",
+			"Converts in the direction that each input's first octets call for: Fast Infoset "
 			"(with or without the \"<?xml encoding='finf'?>\" pre-header) becomes XML text, "
 			"anything else is read as XML text. Takes the options of both directions."},
-		{CommandLine::DUMP, "dump", "IN",
+		{CommandLine::DUMP, "dump", "[options] [FILE]",
 			"Lists a Fast Infoset document: the header, one line per item with its octet offset, "
 			"how each name and string is coded (literal or indexed, table and index, encoding), "
 			"octets and counts by category, and the size of each vocabulary table at the end."},
-		{CommandLine::STATS, "stats", "IN.xml [options]",
+		{CommandLine::STATS, "stats", "[options] [FILE]",
 			"Compares the sizes of an XML document and its Fast Infoset form (with the given "
-			"options), both also gzip'd, and the times to parse, encode and decode them."}
+			"options), both also gzip'd, and the times to parse, encode and decode them."},
+		{CommandLine::CHECK, "check", "[options] [FILE...]",
+			"Reads each Fast Infoset document completely, with the library's limits, and prints "
+			"nothing when it is sound; a faulty one gets one line on standard error naming the "
+			"file and the fault."}
 	};
+
+
+	const char* const INPUT_NOTE = "With no FILE, or when FILE is -, reads standard input.";
+
+	const char* const CONVERSION_NOTE =
+		"One input is written to standard output, or to OUT with -o OUT (replaced when it exists). "
+		"Several inputs, or -o naming a folder, write each FILE beside it, or into the folder: "
+		"encode writes NAME.fi for NAME.xml (or FILE.fi), decode NAME.xml for NAME.fi (or "
+		"FILE.xml); such an output that exists already is replaced only with -f. Standard input "
+		"cannot be one of several inputs. encode does not write to a terminal without -f.";
+
+	const char* const STATUS_NOTE =
+		"Exit status: 0 done, 1 a bad document or a file that cannot be read or written (the "
+		"other files are still done), 2 bad usage.";
 
 
 	const CommandInfo* find(CommandLine::Command command)
@@ -67,8 +85,21 @@ namespace
 		}
 		const bool encodes = command == CommandLine::ENCODE || command == CommandLine::CONVERT || command == CommandLine::STATS;
 		const bool decodes = command == CommandLine::DECODE || command == CommandLine::CONVERT;
-		if (command != CommandLine::DUMP && command != CommandLine::STATS)
-			options.addOption(Option("output", "o", "Writes to OUT instead of standard output; a failed run leaves no OUT behind.").argument("OUT"));
+		const bool converts = command == CommandLine::ENCODE || command == CommandLine::DECODE || command == CommandLine::CONVERT;
+		if (converts)
+		{
+			options.addOption(Option("output", "o", "Writes to OUT instead of standard output; when OUT is a folder, "
+				"the outputs go into it. A failed run leaves no OUT behind.").argument("OUT"));
+			options.addOption(Option("force", "f", command == CommandLine::DECODE ? "Replaces outputs that exist."
+				: "Writes Fast Infoset to a terminal too, and replaces outputs that exist."));
+		}
+		if (command != CommandLine::STATS)
+			options.addOption(Option("quiet", "q", "Shows no progress line and no warnings."));
+		if (converts)
+			options.addOption(Option("verbose", "v", "Tells on standard error what was done per file: sizes and ratio."));
+		if (command == CommandLine::CHECK)
+			options.addOption(Option("verbose", "v", "Prints per document its size and counts of elements, attributes, "
+				"text, comments and processing instructions."));
 		if (encodes)
 		{
 			options.addOption(Option("strip-whitespace", "", "Drops ignorable whitespace (between elements)."));
@@ -81,11 +112,18 @@ namespace
 			options.addOption(Option("pretty", "", "Indents the XML text."));
 			options.addOption(Option("declaration", "", "Starts the XML text with an XML declaration."));
 		}
-		if (decodes || command == CommandLine::DUMP)
+		if (decodes || command == CommandLine::DUMP || command == CommandLine::CHECK)
 		{
 			options.addOption(Option("no-external-vocabularies", "", "Refuses documents that name an external vocabulary "
 				"instead of opening it (a document can name any file or URL)."));
 		}
+	}
+
+
+	bool takesSeveralInputs(CommandLine::Command command)
+	{
+		return command == CommandLine::ENCODE || command == CommandLine::DECODE || command == CommandLine::CONVERT
+			|| command == CommandLine::CHECK;
 	}
 }
 
@@ -94,19 +132,20 @@ CommandLine::CommandLine(const std::vector<std::string>& arguments):
 	_command(NONE),
 	_help(false),
 	_version(false),
-	_input("-")
+	_force(false),
+	_verbosity(NORMAL)
 {
 	std::vector<std::string>::const_iterator it = readCommand(arguments);
 	OptionSet options;
 	addOptions(_command, options);
 	Poco::Util::OptionProcessor processor(options);
 	processor.setUnixStyle(true);
-	bool haveInput = false;
 	for (; it != arguments.end(); ++it)
 	{
 		std::string name;
 		std::string value;
-		if (processor.process(*it, name, value))
+		// "-" is standard input, not an option.
+		if (*it != "-" && processor.process(*it, name, value))
 		{
 			// An option whose value is the next argument comes back empty
 			// first.
@@ -114,11 +153,11 @@ CommandLine::CommandLine(const std::vector<std::string>& arguments):
 			continue;
 		}
 		if (_command == NONE) throw UsageException("unknown command", *it);
-		if (haveInput) throw UsageException("more than one input", *it);
-		_input = *it;
-		haveInput = true;
+		if (!_inputs.empty() && !takesSeveralInputs(_command)) throw UsageException("more than one input", *it);
+		_inputs.push_back(*it);
 	}
 	processor.checkRequired();
+	if (_inputs.empty()) _inputs.push_back("-");
 }
 
 
@@ -142,6 +181,9 @@ void CommandLine::readOption(const std::string& name, const std::string& value)
 	if (name == "help") _help = true;
 	else if (name == "version") _version = true;
 	else if (name == "output") _output = value;
+	else if (name == "force") _force = true;
+	else if (name == "quiet") _verbosity = QUIET;
+	else if (name == "verbose") _verbosity = VERBOSE;
 	else if (name == "strip-whitespace") _encodeOptions.stripWhitespace = true;
 	else if (name == "xml-declaration") _encodeOptions.xmlDeclaration = true;
 	else if (name == "pretty") _decodeOptions.pretty = true;
@@ -175,15 +217,27 @@ bool CommandLine::version() const
 }
 
 
-const std::string& CommandLine::input() const
+const std::vector<std::string>& CommandLine::inputs() const
 {
-	return _input;
+	return _inputs;
 }
 
 
 const std::string& CommandLine::output() const
 {
 	return _output;
+}
+
+
+bool CommandLine::force() const
+{
+	return _force;
+}
+
+
+CommandLine::Verbosity CommandLine::verbosity() const
+{
+	return _verbosity;
 }
 
 
@@ -219,17 +273,19 @@ void CommandLine::printHelp(std::ostream& out, Command command)
 		formatter.setCommand(std::string("fitool ") + pInfo->name);
 		formatter.setUsage(pInfo->usage);
 		formatter.setHeader(pInfo->summary);
-		formatter.setFooter("IN defaults to standard input (also \"-\"). Exit status: 0 done, 1 bad document or file, 2 bad usage.");
+		std::string footer = INPUT_NOTE;
+		if (command == ENCODE || command == DECODE || command == CONVERT) footer += std::string(" ") + CONVERSION_NOTE;
+		formatter.setFooter(footer + " " + STATUS_NOTE);
 		formatter.format(out);
 		return;
 	}
 	formatter.setCommand("fitool");
-	formatter.setUsage("COMMAND [options] [IN|-] [-o OUT]");
-	std::string header = "Converts XML text to Fast Infoset (ITU-T X.891) and back, and shows what a Fast Infoset document holds.\n\nCommands:\n";
+	formatter.setUsage("COMMAND [options] [FILE...]");
+	std::string header = "Converts XML text to Fast Infoset (ITU-T X.891) and back, checks Fast Infoset documents and shows what they hold.\n\nCommands:\n";
 	for (const CommandInfo& info: COMMANDS) header += std::string("  ") + info.name + std::string(10 - std::string(info.name).size(), ' ') + info.usage + "\n";
 	formatter.setHeader(header);
-	formatter.setFooter("Run \"fitool COMMAND --help\" for what a command does and its options. Exit status: 0 done, "
-		"1 bad document or file (one line on standard error names the file and the fault), 2 bad usage.");
+	formatter.setFooter(std::string(INPUT_NOTE) + " Run \"fitool COMMAND --help\" for what a command does and its options. "
+		+ STATUS_NOTE + " One line on standard error names the file and the fault.");
 	formatter.format(out);
 }
 

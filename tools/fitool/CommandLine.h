@@ -28,7 +28,7 @@ POCO_DECLARE_EXCEPTION(, UsageException, Poco::Util::OptionException)
 class CommandLine
 	/// The arguments of one fitool run: a command, its options (parsed with
 	/// the host's option processor, Unix style: "--name value", "--name=value",
-	/// "-o value") and its input.
+	/// "-o value") and its inputs.
 {
 public:
 	enum Command
@@ -38,7 +38,15 @@ public:
 		DECODE,
 		CONVERT,
 		DUMP,
-		STATS
+		STATS,
+		CHECK
+	};
+
+	enum Verbosity
+	{
+		QUIET,    // no progress line, no warnings
+		NORMAL,
+		VERBOSE   // a line per file on what was done
 	};
 
 	explicit CommandLine(const std::vector<std::string>& arguments);
@@ -49,11 +57,18 @@ public:
 	bool help() const;
 	bool version() const;
 
-	const std::string& input() const;
-		/// "-" (standard input) unless given.
+	const std::vector<std::string>& inputs() const;
+		/// {"-"} (standard input) unless given. Only encode, decode,
+		/// convert and check take more than one.
 
 	const std::string& output() const;
 		/// Empty (standard output) unless given.
+
+	bool force() const;
+		/// -f: write Fast Infoset to a terminal, replace existing outputs.
+
+	Verbosity verbosity() const;
+		/// -q and -v; the last one given counts.
 
 	const Transcoder::EncodeOptions& encodeOptions() const;
 	const Transcoder::DecodeOptions& decodeOptions() const;
@@ -70,8 +85,10 @@ private:
 	Command                   _command;
 	bool                      _help;
 	bool                      _version;
-	std::string               _input;
+	std::vector<std::string>  _inputs;
 	std::string               _output;
+	bool                      _force;
+	Verbosity                 _verbosity;
 	Transcoder::EncodeOptions _encodeOptions;
 	Transcoder::DecodeOptions _decodeOptions;
 };

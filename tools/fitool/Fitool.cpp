@@ -1,12 +1,18 @@
 #include "Fitool.h"
+#include "DocumentCounts.h"
 #include "DocumentDumper.h"
 #include "InputFile.h"
 #include "OutputFile.h"
 #include "SizeAndSpeed.h"
-#include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/FISException.h"
+#include "TextFormat.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Poco/Environment.h"
+#include "Poco/File.h"
 #include "Poco/NumberFormatter.h"
+#include "Poco/Path.h"
+#include "Poco/SAX/InputSource.h"
+#include "Poco/String.h"
+#include <algorithm>
 #include <ostream>
 #include <stdexcept>
 
@@ -17,15 +23,33 @@ using Poco::NumberFormatter;
 namespace Fitool {
 
 
+POCO_IMPLEMENT_EXCEPTION(NotFastInfosetException, Poco::Exception, "Not Fast Infoset")
+POCO_IMPLEMENT_EXCEPTION(NotXMLException, Poco::Exception, "Not XML text")
+
+
 namespace
 {
 	const std::size_t SNIFF_LENGTH = 512;   // enough for a pre-header
+
+
+	std::string inputName(const std::string& path)
+	{
+		return path == "-" ? std::string("(standard input)") : path;
+	}
+
+
+	bool isConversion(CommandLine::Command command)
+	{
+		return command == CommandLine::ENCODE || command == CommandLine::DECODE || command == CommandLine::CONVERT;
+	}
 }
 
 
 Fitool::Fitool(std::ostream& out, std::ostream& err):
 	_out(out),
-	_err(err)
+	_err(err),
+	_quiet(false),
+	_verbose(false)
 {
 }
 
@@ -45,8 +69,7 @@ int Fitool::run(const std::vector<std::string>& arguments)
 			CommandLine::printHelp(commandLine.help() ? _out : _err, commandLine.command());
 			return commandLine.help() ? EXIT_DONE : EXIT_BAD_USAGE;
 		}
-		runCommand(commandLine);
-		return EXIT_DONE;
+		return runCommand(commandLine);
 	}
 	catch (const Poco::Util::OptionException& exc)
 	{
@@ -54,10 +77,63 @@ int Fitool::run(const std::vector<std::string>& arguments)
 		_err << "fitool: " << exc.displayText() << "\nRun \"fitool --help\" for the usage.\n";
 		return EXIT_BAD_USAGE;
 	}
+}
+
+
+int Fitool::runCommand(const CommandLine& commandLine)
+{
+	_quiet = commandLine.verbosity() == CommandLine::QUIET;
+	_verbose = commandLine.verbosity() == CommandLine::VERBOSE;
+	const std::vector<std::string>& inputs = commandLine.inputs();
+	const CommandLine::Command command = commandLine.command();
+	if (command == CommandLine::DUMP) return attempt([&] { dump(commandLine); });
+	if (command == CommandLine::STATS) return attempt([&] { stats(commandLine); });
+
+	Target target{commandLine.output(), false};
+	if (isConversion(command))
+	{
+		const bool intoFolder = !target.path.empty() && target.path != "-" && Poco::File(target.path).exists()
+			&& Poco::File(target.path).isDirectory();
+		if (inputs.size() > 1 || intoFolder)
+		{
+			if (!target.path.empty() && !intoFolder) throw UsageException("with several inputs, -o names a folder", target.path);
+			if (std::find(inputs.begin(), inputs.end(), "-") != inputs.end())
+				throw UsageException("standard input has no name for an output beside it or in a folder; convert it alone, with -o FILE");
+			target.derived = true;
+		}
+	}
+	int status = EXIT_DONE;
+	for (const std::string& input: inputs)
+	{
+		if (command == CommandLine::CHECK) status = std::max(status, attempt([&] { check(commandLine, input); }));
+		else status = std::max(status, attempt([&] { convert(commandLine, input, target); }));
+		if (status == EXIT_BAD_USAGE) break;
+	}
+	return status;
+}
+
+
+int Fitool::attempt(const std::function<void()>& step)
+{
+	_subject.clear();
+	_whereNote.clear();
+	try
+	{
+		step();
+		return EXIT_DONE;
+	}
+	catch (const Poco::Util::OptionException& exc)
+	{
+		_out.flush();
+		_err << "fitool: " << exc.displayText() << '\n';
+		return EXIT_BAD_USAGE;
+	}
 	catch (const Ixor::Exception& exc)
 	{
 		_out.flush();
-		_err << "fitool: " << _subject << ": " << exc.displayText() << _whereNote << '\n';
+		const std::string text = exc.displayText();
+		// Messages that tell their octet need no estimate.
+		_err << "fitool: " << _subject << ": " << text << (text.find("(at octet ") == std::string::npos ? _whereNote : "") << '\n';
 	}
 	catch (const std::exception& exc)
 	{
@@ -69,61 +145,46 @@ int Fitool::run(const std::vector<std::string>& arguments)
 }
 
 
-void Fitool::runCommand(const CommandLine& commandLine)
+void Fitool::convert(const CommandLine& commandLine, const std::string& inputPath, const Target& target)
 {
-	_subject = commandLine.input();
-	InputFile input(commandLine.input());
-	switch (commandLine.command())
-	{
-	case CommandLine::ENCODE:
-		encode(input, commandLine.output(), commandLine.encodeOptions());
-		break;
-	case CommandLine::DECODE:
-		decode(input, commandLine.output(), commandLine.decodeOptions());
-		break;
-	case CommandLine::CONVERT:
-		if (looksLikeFastInfoset(input.peek(SNIFF_LENGTH))) decode(input, commandLine.output(), commandLine.decodeOptions());
-		else encode(input, commandLine.output(), commandLine.encodeOptions());
-		break;
-	case CommandLine::DUMP:
-		dump(input, commandLine.decodeOptions().loadExternalVocabularies);
-		break;
-	case CommandLine::STATS:
-		stats(input, commandLine.encodeOptions());
-		break;
-	case CommandLine::NONE:
-		break;
-	}
+	_subject = inputName(inputPath);
+	InputFile input(inputPath);
+	const bool toFastInfoset = commandLine.command() == CommandLine::ENCODE
+		|| (commandLine.command() == CommandLine::CONVERT && !looksLikeFastInfoset(input.peek(SNIFF_LENGTH)));
+	const std::string output = target.derived ? outputName(inputPath, toFastInfoset, target.path) : target.path;
+	const bool replace = !target.derived || commandLine.force();
+	if (toFastInfoset) encode(input, output, replace, commandLine);
+	else decode(input, output, replace, commandLine);
 }
 
 
-void Fitool::encode(InputFile& input, const std::string& output, const Transcoder::EncodeOptions& options)
+void Fitool::encode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine)
 {
-	_subject = output;
-	OutputFile out(output);
+	expectXML(input, "decode");
+	_subject = output.empty() ? "(standard output)" : output;
+	OutputFile out(output, replace);
+	if (out.isTerminal() && !commandLine.force())
+		throw UsageException("Fast Infoset is not written to a terminal; redirect the output, give -o FILE, or use -f (--force)");
 	_subject = input.name();
-	input.showProgress("encoding " + input.name());
+	if (!_quiet) input.showProgress("encoding " + input.name());
 	// The host's XML parser tells line and column itself.
-	Transcoder::encode(input.stream(), out.stream(), options);
+	Transcoder::encode(input.stream(), out.stream(), commandLine.encodeOptions());
 	_subject = out.name();
 	out.commit();
+	report(input, out.octetsWritten(), out.name());
 }
 
 
-void Fitool::decode(InputFile& input, const std::string& output, const Transcoder::DecodeOptions& options)
+void Fitool::decode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine)
 {
-	_subject = output;
-	OutputFile out(output);
+	expectFastInfoset(input);
+	_subject = output.empty() ? "(standard output)" : output;
+	OutputFile out(output, replace);
 	_subject = input.name();
-	input.showProgress("decoding " + input.name());
+	if (!_quiet) input.showProgress("decoding " + input.name());
 	try
 	{
-		Transcoder::decode(input.stream(), out.stream(), options);
-	}
-	catch (const Ixor::FastInfoset::FISException&)
-	{
-		// The parser's own messages say at which octet.
-		throw;
+		Transcoder::decode(input.stream(), out.stream(), commandLine.decodeOptions());
 	}
 	catch (...)
 	{
@@ -134,15 +195,43 @@ void Fitool::decode(InputFile& input, const std::string& output, const Transcode
 	}
 	_subject = out.name();
 	out.commit();
+	report(input, out.octetsWritten(), out.name());
 }
 
 
-void Fitool::dump(InputFile& input, bool loadExternalVocabularies)
+void Fitool::check(const CommandLine& commandLine, const std::string& inputPath)
 {
-	_subject = input.name();
-	input.showProgress("reading " + input.name());
+	_subject = inputName(inputPath);
+	InputFile input(inputPath);
+	expectFastInfoset(input);
+	if (!_quiet) input.showProgress("checking " + input.name());
+	DocumentCounts counts;
+	Ixor::FastInfoset::FastInfosetParser parser;
+	parser.setLoadExternalVocabularies(commandLine.decodeOptions().loadExternalVocabularies);
+	parser.setContentHandler(&counts);
+	parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&counts));
+	try
+	{
+		Ixor::XML::InputSource source(input.stream());
+		parser.parse(&source);
+	}
+	catch (...)
+	{
+		_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead()) + ")";
+		throw;
+	}
+	if (_verbose) _out << input.name() << ": " << input.octetsRead() << " octets, " << counts.summary() << '\n';
+}
+
+
+void Fitool::dump(const CommandLine& commandLine)
+{
+	_subject = inputName(commandLine.inputs().front());
+	InputFile input(commandLine.inputs().front());
+	expectFastInfoset(input);
+	if (!_quiet) input.showProgress("reading " + input.name());
 	const std::string document = input.readAll();
-	DocumentDumper dumper(_out, loadExternalVocabularies);
+	DocumentDumper dumper(_out, commandLine.decodeOptions().loadExternalVocabularies);
 	try
 	{
 		dumper.dump(document.data(), document.size());
@@ -155,12 +244,36 @@ void Fitool::dump(InputFile& input, bool loadExternalVocabularies)
 }
 
 
-void Fitool::stats(InputFile& input, const Transcoder::EncodeOptions& options)
+void Fitool::stats(const CommandLine& commandLine)
 {
-	_subject = input.name();
+	_subject = inputName(commandLine.inputs().front());
+	InputFile input(commandLine.inputs().front());
+	expectXML(input, "dump");
 	const std::string xml = input.readAll();
-	SizeAndSpeed sizeAndSpeed(xml, options);
+	SizeAndSpeed sizeAndSpeed(xml, commandLine.encodeOptions());
 	sizeAndSpeed.print(_out, input.name());
+}
+
+
+void Fitool::expectFastInfoset(InputFile& input)
+{
+	const std::string start = input.peek(SNIFF_LENGTH);
+	if (!looksLikeFastInfoset(start) && looksLikeXML(start)) throw NotFastInfosetException("the input is XML text; use fitool encode");
+}
+
+
+void Fitool::expectXML(InputFile& input, const char* command)
+{
+	if (looksLikeFastInfoset(input.peek(SNIFF_LENGTH)))
+		throw NotXMLException(std::string("the input is Fast Infoset; use fitool ") + command);
+}
+
+
+void Fitool::report(InputFile& input, Poco::UInt64 written, const std::string& output)
+{
+	if (!_verbose) return;
+	_err << input.name() << " -> " << output << ": " << input.octetsRead() << " -> " << written << " octets ("
+		<< TextFormat::percent(static_cast<double>(written), static_cast<double>(input.octetsRead())) << ")\n";
 }
 
 
@@ -172,6 +285,31 @@ bool Fitool::looksLikeFastInfoset(const std::string& firstOctets)
 	if (firstOctets.compare(0, 5, "<?xml") != 0) return false;
 	const std::string::size_type end = firstOctets.find('>');
 	return end != std::string::npos && firstOctets.compare(end + 1, 2, IDENTIFICATION) == 0;
+}
+
+
+bool Fitool::looksLikeXML(const std::string& firstOctets)
+{
+	// UTF-16, with a byte order mark or starting with '<'.
+	if (firstOctets.compare(0, 2, "\xFE\xFF") == 0 || firstOctets.compare(0, 2, "\xFF\xFE") == 0
+		|| firstOctets.compare(0, 2, std::string("\0<", 2)) == 0)
+		return true;
+	std::string::size_type start = firstOctets.compare(0, 3, "\xEF\xBB\xBF") == 0 ? 3 : 0;
+	start = firstOctets.find_first_not_of(" \t\r\n", start);
+	return start != std::string::npos && firstOctets[start] == '<';
+}
+
+
+std::string Fitool::outputName(const std::string& input, bool toFastInfoset, const std::string& folder)
+{
+	const std::string from = toFastInfoset ? ".xml" : ".fi";
+	const std::string to = toFastInfoset ? ".fi" : ".xml";
+	Poco::Path path(input);
+	std::string name = path.getFileName();
+	const bool replaced = name.size() > from.size() && Poco::icompare(name, name.size() - from.size(), from.size(), from) == 0;
+	name = (replaced ? name.substr(0, name.size() - from.size()) : name) + to;
+	if (!folder.empty()) path = Poco::Path(folder).makeDirectory();
+	return path.setFileName(name).toString();
 }
 
 

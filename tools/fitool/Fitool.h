@@ -12,6 +12,7 @@
 
 #include "CommandLine.h"
 #include "Poco/Types.h"
+#include <functional>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -23,10 +24,18 @@ namespace Fitool {
 class InputFile;
 
 
+POCO_DECLARE_EXCEPTION(, NotFastInfosetException, Poco::Exception)
+	/// "Not Fast Infoset": XML text given to a command that reads Fast
+	/// Infoset.
+
+POCO_DECLARE_EXCEPTION(, NotXMLException, Poco::Exception)
+	/// "Not XML text": Fast Infoset given to a command that reads XML.
+
+
 class Fitool
 	/// One run of the fitool command: reads the arguments, runs the command
-	/// and turns every failure into an exit status and one line on the error
-	/// stream.
+	/// on each input and turns every failure into an exit status and one
+	/// line on the error stream.
 {
 public:
 	enum ExitStatus
@@ -46,20 +55,44 @@ public:
 		/// True when the octets start with the Fast Infoset identification
 		/// (E0 00), directly or after an XML declaration as pre-header.
 
+	static bool looksLikeXML(const std::string& firstOctets);
+		/// True when the octets start like XML text: '<' after an optional
+		/// byte order mark and white space, or UTF-16.
+
+	static std::string outputName(const std::string& input, bool toFastInfoset, const std::string& folder);
+		/// The output for an input when several are converted: NAME.fi for
+		/// NAME.xml, else the input's name and ".fi" (NAME.xml for NAME.fi,
+		/// else NAME.fi.xml for decoding), beside the input or in folder.
+
 	static std::string version();
 		/// "fitool 1.0.0 (Ixor FastInfoset 1.0.0, POCO 1.11.0)".
 
 private:
-	void runCommand(const CommandLine& commandLine);
-	void encode(InputFile& input, const std::string& output, const Transcoder::EncodeOptions& options);
-	void decode(InputFile& input, const std::string& output, const Transcoder::DecodeOptions& options);
-	void dump(InputFile& input, bool loadExternalVocabularies);
-	void stats(InputFile& input, const Transcoder::EncodeOptions& options);
+	struct Target
+		/// Where a conversion writes.
+	{
+		std::string path;    // the output, or the folder when derived
+		bool        derived; // the name comes from the input's name
+	};
+
+	int runCommand(const CommandLine& commandLine);
+	int attempt(const std::function<void()>& step);
+	void convert(const CommandLine& commandLine, const std::string& inputPath, const Target& target);
+	void encode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine);
+	void decode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine);
+	void check(const CommandLine& commandLine, const std::string& inputPath);
+	void dump(const CommandLine& commandLine);
+	void stats(const CommandLine& commandLine);
+	void expectFastInfoset(InputFile& input);
+	void expectXML(InputFile& input, const char* command);
+	void report(InputFile& input, Poco::UInt64 written, const std::string& output);
 
 	std::ostream& _out;
 	std::ostream& _err;
 	std::string   _subject;     // the file that a failure concerns
 	std::string   _whereNote;   // where in it, when known
+	bool          _quiet;
+	bool          _verbose;
 };
 
 

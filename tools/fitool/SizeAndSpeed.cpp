@@ -137,8 +137,9 @@ void SizeAndSpeed::print(std::ostream& out, const std::string& name)
 			}},
 		{"decode FI to XML", [this, &decodeOptions]
 			{
+				Poco::MemoryInputStream in(_fi.data(), _fi.size());
 				Poco::NullOutputStream nowhere;
-				Transcoder::decode(_fi.data(), _fi.size(), nowhere, decodeOptions);
+				Transcoder::decode(in, nowhere, decodeOptions);
 			}}
 	};
 	out << '\n' << TextFormat::padRight("time (fastest run)", 26) << TextFormat::padLeft("per run", 12)

@@ -1,6 +1,6 @@
 #include "Transcoder.h"
-#include "DoctypeAdapter.h"
 #include "EncodingWriter.h"
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
@@ -10,6 +10,7 @@
 #include <ostream>
 
 
+using Ixor::FastInfoset::Converter;
 using Ixor::FastInfoset::DocumentVocabulary;
 using Ixor::FastInfoset::FastInfosetParser;
 using Ixor::XML::XMLReader;
@@ -25,25 +26,6 @@ namespace
 		reader.setContentHandler(pContent);
 		reader.setDTDHandler(pDTD);
 		reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexical);
-	}
-
-
-	template <class Parse>
-	void decodeWith(std::ostream& xml, const Transcoder::DecodeOptions& options, Parse parse)
-	{
-		int flags = 0;
-		if (options.pretty) flags |= Ixor::XML::XMLWriter::PRETTY_PRINT;
-		if (options.declaration) flags |= Ixor::XML::XMLWriter::WRITE_XML_DECLARATION;
-		Ixor::XML::XMLWriter writer(xml, flags);
-		writer.setNewLine(Ixor::XML::XMLWriter::NEWLINE_LF);
-		DoctypeAdapter adapter(writer);
-
-		FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
-		parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
-		wire(parser, &adapter, &adapter, &adapter);
-		parse(parser);
-		// XML text files end with a line break, which no SAX event carries.
-		xml << '\n';
 	}
 }
 
@@ -73,20 +55,12 @@ void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions
 
 void Transcoder::decode(std::istream& fi, std::ostream& xml, const DecodeOptions& options)
 {
-	decodeWith(xml, options, [&fi](FastInfosetParser& parser)
-	{
-		Ixor::XML::InputSource source(fi);
-		parser.parse(&source);
-	});
-}
-
-
-void Transcoder::decode(const char* data, std::size_t size, std::ostream& xml, const DecodeOptions& options)
-{
-	decodeWith(xml, options, [data, size](FastInfosetParser& parser)
-	{
-		parser.parseMemoryNP(data, size);
-	});
+	int flags = Converter::END_WITH_NEWLINE;
+	if (options.pretty) flags |= Ixor::XML::XMLWriter::PRETTY_PRINT;
+	if (options.declaration) flags |= Ixor::XML::XMLWriter::WRITE_XML_DECLARATION;
+	FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
+	parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
+	Converter::convertToXML(parser, fi, xml, flags);
 }
 
 

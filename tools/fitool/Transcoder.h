@@ -49,10 +49,9 @@ public:
 		/// FISException (see EncodingWriter).
 
 	static void decode(std::istream& fi, std::ostream& xml, const DecodeOptions& options);
-	static void decode(const char* data, std::size_t size, std::ostream& xml, const DecodeOptions& options);
-		/// Reads Fast Infoset and prints well-formed XML text through
-		/// DoctypeAdapter, ending with a line break. Throws the exceptions of
-		/// FastInfosetParser.
+		/// Reads one Fast Infoset document and prints it with
+		/// Converter::convertToXML, ending with a line break. Throws the
+		/// exceptions of the converter and of FastInfosetParser.
 
 private:
 	Transcoder() = delete;

@@ -134,7 +134,7 @@ inline bool BitStreamWriter::checkInputParams(int maxBits, int& numOfBits) const
 }
 
 
-inline void BitStreamWriter::putBits(UInt64 value, int numOfBits)
+FastInfoset_ALWAYS_INLINE void BitStreamWriter::putBits(UInt64 value, int numOfBits)
 	/// numOfBits is 1 to 56. The pending bits and the new ones, left-aligned
 	/// in one word, are stored whole; the octets they complete count as
 	/// written and the rest stays pending.
@@ -150,13 +150,13 @@ inline void BitStreamWriter::putBits(UInt64 value, int numOfBits)
 }
 
 
-inline void BitStreamWriter::pad(bool fill)
+FastInfoset_ALWAYS_INLINE void BitStreamWriter::pad(bool fill)
 {
 	if (_cachedBits != 0) putBits(fill ? ~UInt64(0) : 0, 8 - _cachedBits);
 }
 
 
-inline void BitStreamWriter::write(bool bit)
+FastInfoset_ALWAYS_INLINE void BitStreamWriter::write(bool bit)
 {
 	putBits(bit ? 1 : 0, 1);
 }
@@ -190,7 +190,7 @@ inline void BitStreamWriter::write(short val, int numOfBits)
 }
 
 
-inline void BitStreamWriter::write(unsigned int val, int numOfBits)
+FastInfoset_ALWAYS_INLINE void BitStreamWriter::write(unsigned int val, int numOfBits)
 {
 	poco_assert(checkInputParams(Utility::SIZEOFINT32INBIT, numOfBits));
 	putBits(val, numOfBits);
@@ -204,7 +204,7 @@ inline void BitStreamWriter::write(int val, int numOfBits)
 }
 
 
-inline void BitStreamWriter::write(unsigned long val, int numOfBits)
+FastInfoset_ALWAYS_INLINE void BitStreamWriter::write(unsigned long val, int numOfBits)
 {
 	poco_assert(checkInputParams(Utility::SIZEOFINT64INBIT, numOfBits));
 	if (numOfBits > 32)

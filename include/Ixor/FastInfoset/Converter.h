@@ -18,6 +18,9 @@ namespace Ixor {
 namespace FastInfoset {
 
 
+class FastInfosetParser;
+
+
 class FastInfoset_API Converter
 	/// Converts whole documents between XML text and Fast Infoset, with the
 	/// host's XML parser and writer. The streams belong to the caller.
@@ -25,8 +28,12 @@ class FastInfoset_API Converter
 public:
 	enum Options
 	{
-		STRIP_WHITESPACE = 0x01
+		STRIP_WHITESPACE = 0x01,
 			/// convertToFIS: drop ignorable whitespace (0x80 does the same).
+		END_WITH_NEWLINE = 0x100
+			/// convertToXML: end the text with a line break, as text files
+			/// do (pretty-printed text has one already). The host writer's
+			/// option bits are all below it.
 	};
 
 	static void convertToFIS(std::istream& xmlIn, std::ostream& fiOut, int options, int maxIndexedStringLength);
@@ -37,9 +44,25 @@ public:
 		/// Ixor::XML::SAXParseException) and those of FastInfosetWriter.
 
 	static void convertToXML(std::istream& fiIn, std::ostream& xmlOut, int options);
-		/// Reads Fast Infoset and prints XML text; options are the host
-		/// XMLWriter's (Ixor::XML::XMLWriter::WRITE_XML_DECLARATION,
-		/// PRETTY_PRINT, ...). Failures are those of FastInfosetParser.
+		/// Reads one Fast Infoset document and prints it as well-formed XML
+		/// text; options are the host XMLWriter's
+		/// (Ixor::XML::XMLWriter::WRITE_XML_DECLARATION, PRETTY_PRINT, ...)
+		/// and END_WITH_NEWLINE.
+		///
+		/// The document type declaration gets the root element's name, and
+		/// notations and unparsed entities go into its internal subset;
+		/// parts of it that XML cannot hold are left out. A document that
+		/// XML text cannot hold (names that are not XML names, characters XML
+		/// does not allow, a comment with "--", ...) fails with FISException
+		/// "Cannot be written as well-formed XML" naming the fault; what
+		/// was printed before the fault stays in xmlOut. Other failures are
+		/// those of FastInfosetParser.
+
+	static void convertToXML(FastInfosetParser& parser, std::istream& fiIn, std::ostream& xmlOut, int options);
+		/// The same with a parser that the caller has set up (limits,
+		/// external vocabularies, features). For the call its content, DTD,
+		/// lexical and document handlers are the converter's; they are set
+		/// back afterwards, also when the conversion fails.
 
 private:
 	Converter() = delete;

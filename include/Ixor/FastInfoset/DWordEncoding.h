@@ -25,10 +25,10 @@ extern template class OctetEncoding<DWordEncoding>;
 
 
 class FastInfoset_API DWordEncoding: public OctetEncoding<DWordEncoding>
-	/// Binary data with a base64 text form (algorithm 2). content() holds the
-	/// raw octets themselves, which are also the octets written; the base64
-	/// text, in one line, is produced on demand. The writer's binaryData()
-	/// produces these values.
+	/// Binary data with a base64 text form (algorithm 2). octets() holds the
+	/// raw octets, which are also the octets written; content() is the
+	/// base64 text in one line. The writer's binaryData() produces these
+	/// values.
 	///
 	/// Its messages are "Zero-length data for dword encoding" and "Invalid
 	/// base64-encoded data".
@@ -37,7 +37,7 @@ public:
 	typedef Ixor::AutoPtr<DWordEncoding> Ptr;
 
 	DWordEncoding();
-		/// No data; the decode function reads into its content().
+		/// No data; the decode function reads into its octets.
 
 	DWordEncoding(const char* data, std::size_t length);
 		/// Copies the octets. Throws FISEncodingException "Zero-length data

@@ -27,8 +27,8 @@ class FastInfoset_API DocumentRestrictedAlphabet
 	/// the indexes from 16 on.
 {
 public:
-	static constexpr const char* NUMERIC_CHARACTERS = "0123456789-+.e";
-	static constexpr const char* DATE_TIME_CHARACTERS = "0123456789-:TZ";
+	static constexpr const char* NUMERIC_CHARACTERS = "0123456789-+.E ";
+	static constexpr const char* DATE_TIME_CHARACTERS = "0123456789-:TZ ";
 
 	DocumentRestrictedAlphabet();
 		/// The 15 built-in and reserved alphabets.
@@ -42,6 +42,11 @@ public:
 
 	void addDummy();
 		/// Appends a placeholder.
+
+	bool isDefined(unsigned int index) const;
+		/// True when index names an alphabet with characters: a built-in or
+		/// an added one. False for 0, the reserved placeholders and indexes
+		/// beyond the table, which a document must not name.
 
 	RestrictedAlphabet& alphabet(unsigned int vocabulary);
 	const RestrictedAlphabet& alphabet(unsigned int vocabulary) const;
@@ -62,6 +67,12 @@ private:
 //
 // inlines
 //
+inline bool DocumentRestrictedAlphabet::isDefined(unsigned int index) const
+{
+	return index > 0 && index <= _alphabets.size() && _alphabets[index - 1].bitSize() > 0;
+}
+
+
 inline RestrictedAlphabet& DocumentRestrictedAlphabet::alphabet(unsigned int vocabulary)
 {
 	poco_assert(vocabulary > 0 && vocabulary <= _alphabets.size());

@@ -27,8 +27,10 @@ extern template class ValueListEncoding<DoubleEncoding, double>;
 class FastInfoset_API DoubleEncoding: public ValueListEncoding<DoubleEncoding, double>
 	/// A list of IEEE 754 double-precision floats (algorithm 8), written as
 	/// 64-bit big-endian values. The text form is the values separated by
-	/// single spaces, each as the double formatter writes it; parse()
-	/// accepts exactly the texts that the formatter gives back unchanged.
+	/// single spaces, each in an XML Schema form: the shortest decimal that
+	/// reads back as the value ("1.5", "1e+100"), "-0" for minus zero, and
+	/// "NaN", "INF", "-INF". parse() accepts exactly the texts that this
+	/// form gives back unchanged.
 	///
 	/// Its messages are "Illegal (empty) data for DoubleEncoding", "Illegal value
 	/// string for DoubleEncoding" and, for a length that is not a multiple of 8,

@@ -43,6 +43,18 @@
 #endif
 
 
+// The few small functions that every octet or name goes through: inlined
+// even where a large source file has used up the compiler's budget for
+// inlining.
+#if defined(__GNUC__) || defined(__clang__)
+	#define FastInfoset_ALWAYS_INLINE inline __attribute__ ((always_inline))
+#elif defined(_MSC_VER)
+	#define FastInfoset_ALWAYS_INLINE __forceinline
+#else
+	#define FastInfoset_ALWAYS_INLINE inline
+#endif
+
+
 //
 // Host classes that only some headers need are declared here and
 // included by the sources that use them, so that a user of the writer

@@ -23,6 +23,7 @@
 #include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/NamespaceSupport.h"
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,18 +46,32 @@ class FastInfoset_API FastInfosetWriter:
 	/// caller-owned output stream.
 	///
 	/// Names and strings that were written before go out as small indexes
-	/// into the document vocabulary. Typed values given through the
-	/// FISContentHandler operations are kept until the next event of another
-	/// kind and written as one encoded string per run of one algorithm.
-	/// Notations and unparsed entities must be declared before
-	/// startDocument(); they go into the document's header.
+	/// into the document vocabulary; when a table can take no more entries
+	/// (a full hash table, or the format's limit of 2^20 indexes), new ones
+	/// are written in full and the document stays correct. Typed values
+	/// given through the FISContentHandler operations are kept until the
+	/// next event of another kind and written as one encoded string per run
+	/// of one algorithm.
 	///
-	/// A writer writes one document; the output stream must outlive it.
-	/// Misuse of the event sequence raises FISException ("Tag mismatch",
-	/// "Cannot nest CDATA sections"); a failing stream raises
-	/// Ixor::IOException "error while writing Fast Infoset document to
-	/// stream". The octets reach the stream in blocks and all of them by
-	/// endDocument(); destroying the writer completes a document cut short.
+	/// The header goes out with the root element (or with endDocument() when
+	/// there is none), so notations and unparsed entities declared before
+	/// it, inside the document type declaration as an XML parser reports
+	/// them, still go into it; comments, processing instructions and the
+	/// document type declaration before the root element wait for it.
+	///
+	/// A writer writes one document; the output stream must outlive it, and
+	/// the next writer on the same stream writes the next document. Event
+	/// sequences that make no document raise FISException and are refused
+	/// before anything of them is written where the writer can tell: events
+	/// before startDocument() or after endDocument(), an endElement() that
+	/// does not match the open element, endDocument() with open elements, a
+	/// second root element, text outside the root element, an attribute
+	/// given twice, names that are not XML names (checked the first time a
+	/// name is written in full), "Tag mismatch" and "Cannot nest CDATA
+	/// sections". A failing stream raises Ixor::IOException "error while
+	/// writing Fast Infoset document to stream". The octets reach the stream
+	/// in blocks and all of them by endDocument(); destroying the writer
+	/// completes a document cut short.
 {
 public:
 	enum State
@@ -131,6 +146,8 @@ public:
 	void endEntity(const Ixor::XML::XMLString& name);
 
 	// DTDHandler
+	// Both are taken until the root element starts; later they throw
+	// FISException.
 	void notationDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString* systemId);
 	void unparsedEntityDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString& systemId, const Ixor::XML::XMLString& notationName);
 
@@ -189,10 +206,9 @@ protected:
 	void writeProcessingInstruction(const std::string& target, const std::string& data);
 
 	// Elements and attributes
-	void handleNamespaces(const Ixor::XML::Attributes& attributes, const std::string& uri);
-	void declareAttributeNamespaces(const Ixor::XML::Attributes& attributes);
+	void handleNamespaces(const Ixor::XML::Attributes& attributes);
 	void addNamespaceAttributes();
-	void addAttributes(const Ixor::XML::Attributes& attributes, const std::string& elementURI);
+	void addAttributes(const Ixor::XML::Attributes& attributes);
 	void writeElement(const std::string& prefix, const std::string& uri, const std::string& localName);
 	void writeAttribute(const std::string& prefix, const std::string& uri, const std::string& localName, const std::string& value);
 
@@ -222,6 +238,67 @@ private:
 	FastInfosetWriter(const FastInfosetWriter&);
 	FastInfosetWriter& operator = (const FastInfosetWriter&);
 
+	enum Progress
+		/// Where the writer stands in its one document.
+	{
+		NOT_STARTED,
+		PROLOG,        // started; the header waits for the root element
+		BODY,          // the header is written
+		ENDED
+	};
+
+	struct PrologItem
+		/// An event before the root element, kept until the header is out.
+	{
+		enum Kind
+		{
+			PI,
+			COMMENT,
+			DTD_START,
+			DTD_END
+		};
+		Kind        kind;
+		std::string first;    // target, text or public identifier
+		std::string second;   // data or system identifier
+	};
+
+	struct StoredName
+		/// The parts of a written name as the vocabulary holds them (they stay
+		/// in place while its tables do), or null where it holds none.
+	{
+		const std::string* pPrefix;
+		const std::string* pURI;
+		const std::string* pLocalName;
+	};
+
+	struct OpenElement
+		/// An element whose end is awaited, for the check of its end event:
+		/// the parts of its name where the vocabulary holds them, or copies.
+	{
+		StoredName  name;
+		UInt64      revision;    // of the vocabulary when the element started
+		int         copies;      // how many of its parts are copies
+
+		bool matches(const std::string& endURI, const std::string& endLocalName, const std::string& endQName, UInt64 currentRevision) const;
+		std::string toString() const;
+	};
+
+	void startBody(const char* event);
+	void writeProlog();
+	[[noreturn]] void refuse(const char* event, const std::string& name = std::string()) const;
+	void writeDTDStart(const std::string& publicId, const std::string& systemId);
+	void writeDTDEnd();
+	void writeCommentItem(const std::string& text);
+	void writePIItem(const std::string& target, const std::string& data);
+	void choosePrefix(std::size_t attribute, const std::string& qname);
+	bool prefixUsedHere(const std::string& prefix, std::size_t before) const;
+	const std::string& attributePrefixOf(const std::string& uri);
+	void checkDistinctAttributes();
+	void checkName(const std::string& name, DocumentVocabulary::ID voc) const;
+	unsigned int writeName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, StoredName* pStored);
+	unsigned int writeLiteralName(const std::string& prefix, const std::string& namespaceURI, const std::string& localName, bool element, unsigned int parts[3]);
+	void storeParts(const unsigned int parts[3], StoredName& stored);
+	int keepNameParts(const std::string& uri, const std::string& localName);
 	void writeText(const char* text, std::size_t length);
 	bool writeStringFast(const char* data, std::size_t length, DocumentVocabulary::ID voc, unsigned int lead, int leadSize);
 	template <class E, class... Values>
@@ -233,9 +310,10 @@ private:
 		/// The last string found in one table: prefixes and namespace names
 		/// repeat from element to element.
 	{
-		const void*  pTable;
-		std::string  value;
-		unsigned int index;
+		const void*        pTable;
+		std::string        value;
+		unsigned int       index;
+		const std::string* pStored;   // the value as the table holds it
 	};
 	unsigned int cachedLookup(DocumentVocabulary::ID id, const std::string& value, LastLookup& last);
 	void init();
@@ -272,6 +350,7 @@ private:
 		const MapVocabulary<QualifiedNameEntry>* pMap;
 		const HashVocabulary<QualifiedNameEntry>* pHash;
 	};
+	NameTableView& nameViewOf(bool element);
 	void pushState(State state);
 	void popState();
 	const std::string& prefixOf(const std::string& uri);
@@ -315,6 +394,7 @@ private:
 		std::string        localName;   // when the attribute gave only a qualified name
 	};
 	std::vector<PendingAttribute>          _pendingAttributes;
+	std::vector<std::size_t>               _attributeSlots;   // scratch of the check for attributes given twice
 
 	Ixor::AutoPtr<Encoding>                _spareEncodings[10];   // one reusable value per algorithm, by index
 	struct NameCacheSlot
@@ -348,6 +428,17 @@ private:
 	std::string                            _uriCachePrefix;
 	std::string                            _uriCacheURI;
 	UInt64                                 _uriCacheGeneration;
+	std::string                            _attributePrefixURI;
+	std::string                            _attributePrefix;
+	UInt64                                 _attributePrefixGeneration;
+
+	Progress                               _progress;
+	std::vector<PrologItem>                _prolog;
+	std::vector<OpenElement>               _openElements;
+	std::vector<std::unique_ptr<std::string>> _openNameCopies;   // parts of open names that no table holds, in place
+	std::size_t                            _depth;          // open elements
+	bool                                   _rootStarted;
+	StoredName                             _elementName;    // of the element writeElement() wrote last
 };
 
 

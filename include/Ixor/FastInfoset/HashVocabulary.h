@@ -26,14 +26,17 @@ class FastInfoset_API HashVocabulary: public Vocabulary<T>
 	/// A table with an open-addressing hash index of fixed capacity beside
 	/// the entries. It never grows: it holds at most capacity distinct
 	/// values, the placeholder included.
+	///
+	/// The index has a quarter more slots than the capacity, so that a full
+	/// table still finds a value, or its absence, in a few probes.
 {
 public:
 	using Vocabulary<T>::index;
 	using Vocabulary<T>::NOT_FOUND;
 
 	explicit HashVocabulary(unsigned long capacity);
-		/// A table of capacity slots (at least 1) with its placeholder at
-		/// index 0.
+		/// A table that takes capacity values (at least 1), with its
+		/// placeholder at index 0.
 
 	explicit HashVocabulary(DontInitialize);
 		/// A table without placeholder and without slots: it can hold
@@ -66,34 +69,35 @@ public:
 		/// For tables of strings: the index of the string of length octets
 		/// at data, or NOT_FOUND; no string is built for the lookup.
 
-	unsigned int index(const char* data, std::size_t length, bool& found);
-		/// For tables of strings: index() of the string of length octets at
-		/// data, which is built only to be added.
+	unsigned int indexWithin(const T& value, std::size_t maxIndex, bool& found);
+		/// The index of value; a new value is added only while the table has
+		/// room and its index would not pass maxIndex, else the result is
+		/// NOT_FOUND and nothing changes. Never throws for a full table.
+
+	unsigned int indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found);
+		/// For tables of strings: indexWithin() of the string of length octets
+		/// at data, which is built only to be added.
 
 private:
-	enum Probe
-	{
-		PROBE_FOUND,
-		PROBE_EMPTY,
-		PROBE_FULL
-	};
-
 	HashVocabulary(DontInitialize, unsigned long capacity);
 
 	static unsigned long checkCapacity(unsigned long capacity);
-	Probe probe(const T& value, UInt32& slot, UInt32& hash) const;
-	Probe probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const;
+	static std::size_t slotsFor(unsigned long capacity);
+	bool probe(const T& value, UInt32& slot, UInt32& hash) const;
+	bool probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const;
+	bool hasRoom(std::size_t maxIndex) const;
+	unsigned int store(const T& value, UInt32 slot, UInt32 hash);
 
 	std::vector<UInt32>   _table;
 	std::vector<UInt32>   _hashes;     // the full hash of each slot's value: most probes compare no value
-	UInt32                _capacity;
+	UInt32                _capacity;   // the most entries the table takes
 };
 
 
 template <class T>
 HashVocabulary<T>::HashVocabulary(unsigned long capacity):
-	_table(checkCapacity(capacity), NOT_FOUND),
-	_hashes(capacity, 0),
+	_table(slotsFor(checkCapacity(capacity)), NOT_FOUND),
+	_hashes(_table.size(), 0),
 	_capacity(static_cast<UInt32>(capacity))
 {
 	bool found;
@@ -110,8 +114,8 @@ HashVocabulary<T>::HashVocabulary(DontInitialize):
 
 template <class T>
 HashVocabulary<T>::HashVocabulary(DontInitialize, unsigned long capacity):
-	_table(capacity, NOT_FOUND),
-	_hashes(capacity, 0),
+	_table(slotsFor(capacity), NOT_FOUND),
+	_hashes(_table.size(), 0),
 	_capacity(static_cast<UInt32>(capacity))
 {
 }
@@ -122,55 +126,113 @@ unsigned long HashVocabulary<T>::checkCapacity(unsigned long capacity)
 {
 	// A slot holds an index below the capacity, and NOT_FOUND marks a free
 	// one; a table needs one slot for its placeholder.
-	poco_assert(capacity > 0 && capacity < NOT_FOUND);
+	poco_assert(capacity > 0 && capacity < NOT_FOUND / 2);
 	return capacity;
 }
 
 
 template <class T>
-typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const T& value, UInt32& slot, UInt32& hash) const
-	/// Walks the linear probe sequence of value until it meets an equal
-	/// entry or a free slot. The walk gives up only after cap + 2 probes,
-	/// the first two slots being looked at twice; that count is the format's
-	/// reference behaviour and is kept.
+std::size_t HashVocabulary<T>::slotsFor(unsigned long capacity)
 {
-	const UInt32 cap = _capacity;
-	if (cap == 0) return PROBE_FULL;
+	// With more slots than entries every probe ends at a free slot at the
+	// latest. A table of capacity 0 has no slots and takes nothing.
+	return capacity == 0 ? 0 : capacity + capacity / 4 + 1;
+}
+
+
+template <class T>
+bool HashVocabulary<T>::probe(const T& value, UInt32& slot, UInt32& hash) const
+	/// Walks the linear probe sequence of value until it meets an equal
+	/// entry (true) or a free slot (false, slot is where value belongs).
+{
+	const UInt32 slots = static_cast<UInt32>(_table.size());
 	hash = VocabularyHash<T>()(value);
-	slot = hash % cap;
-	for (UInt32 step = 0; ; ++step)
+	slot = hash % slots;
+	for (;;)
 	{
 		const UInt32 entry = _table[slot];
-		if (entry == NOT_FOUND) return PROBE_EMPTY;
-		if (_hashes[slot] == hash && this->_index[entry] == value) return PROBE_FOUND;
-		if (step > cap) return PROBE_FULL;
-		if (++slot == cap) slot = 0;
+		if (entry == NOT_FOUND) return false;
+		if (_hashes[slot] == hash && this->_index[entry] == value) return true;
+		if (++slot == slots) slot = 0;
 	}
 }
 
 
 template <class T>
-unsigned int HashVocabulary<T>::index(const T& value, bool& found)
+inline bool HashVocabulary<T>::probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const
+	/// The walk of probe(), on octets.
 {
-	UInt32 slot = 0;
-	UInt32 hash = 0;
-	switch (probe(value, slot, hash))
+	const UInt32 slots = static_cast<UInt32>(_table.size());
+	hash = VocabularyHash<std::string>::bytes(data, length);
+	slot = hash % slots;
+	for (;;)
 	{
-	case PROBE_FOUND:
-		found = true;
-		return _table[slot];
-	case PROBE_FULL:
-		throw Ixor::PoolOverflowException("Vocabulary hash table full");
-	default:
-		break;
+		const UInt32 entry = _table[slot];
+		if (entry == NOT_FOUND) return false;
+		if (_hashes[slot] == hash && VocabularyHash<std::string>::equal(this->_index[entry], data, length)) return true;
+		if (++slot == slots) slot = 0;
 	}
+}
+
+
+template <class T>
+inline bool HashVocabulary<T>::hasRoom(std::size_t maxIndex) const
+{
+	const std::size_t next = this->_index.size();
+	return next < _capacity && next <= maxIndex;
+}
+
+
+template <class T>
+unsigned int HashVocabulary<T>::store(const T& value, UInt32 slot, UInt32 hash)
+{
 	// The entry is stored before the slot refers to it, so that a failed
 	// append leaves the table as it was.
 	const UInt32 idx = static_cast<UInt32>(this->_index.size());
 	this->_index.push_back(value);
 	_table[slot] = idx;
 	_hashes[slot] = hash;
+	return idx;
+}
+
+
+template <class T>
+unsigned int HashVocabulary<T>::indexWithin(const T& value, std::size_t maxIndex, bool& found)
+{
 	found = false;
+	if (_table.empty()) return NOT_FOUND;
+	UInt32 slot = 0;
+	UInt32 hash = 0;
+	if (probe(value, slot, hash))
+	{
+		found = true;
+		return _table[slot];
+	}
+	return hasRoom(maxIndex) ? store(value, slot, hash) : NOT_FOUND;
+}
+
+
+template <class T>
+unsigned int HashVocabulary<T>::indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found)
+{
+	found = false;
+	if (_table.empty()) return NOT_FOUND;
+	UInt32 slot = 0;
+	UInt32 hash = 0;
+	if (probe(data, length, slot, hash))
+	{
+		found = true;
+		return _table[slot];
+	}
+	return hasRoom(maxIndex) ? store(std::string(data, length), slot, hash) : NOT_FOUND;
+}
+
+
+template <class T>
+unsigned int HashVocabulary<T>::index(const T& value, bool& found)
+{
+	const unsigned int idx = indexWithin(value, NOT_FOUND, found);
+	if (idx == NOT_FOUND) throw Ixor::PoolOverflowException("Vocabulary hash table full");
 	return idx;
 }
 
@@ -180,26 +242,7 @@ inline unsigned int HashVocabulary<T>::find(const T& value) const
 {
 	UInt32 slot = 0;
 	UInt32 hash = 0;
-	return probe(value, slot, hash) == PROBE_FOUND ? _table[slot] : NOT_FOUND;
-}
-
-
-template <class T>
-inline typename HashVocabulary<T>::Probe HashVocabulary<T>::probe(const char* data, std::size_t length, UInt32& slot, UInt32& hash) const
-	/// The walk of probe(), on octets.
-{
-	const UInt32 cap = _capacity;
-	if (cap == 0) return PROBE_FULL;
-	hash = VocabularyHash<std::string>::bytes(data, length);
-	slot = hash % cap;
-	for (UInt32 step = 0; ; ++step)
-	{
-		const UInt32 entry = _table[slot];
-		if (entry == NOT_FOUND) return PROBE_EMPTY;
-		if (_hashes[slot] == hash && VocabularyHash<std::string>::equal(this->_index[entry], data, length)) return PROBE_FOUND;
-		if (step > cap) return PROBE_FULL;
-		if (++slot == cap) slot = 0;
-	}
+	return !_table.empty() && probe(value, slot, hash) ? _table[slot] : NOT_FOUND;
 }
 
 
@@ -208,41 +251,16 @@ inline unsigned int HashVocabulary<T>::find(const char* data, std::size_t length
 {
 	UInt32 slot = 0;
 	UInt32 hash = 0;
-	return probe(data, length, slot, hash) == PROBE_FOUND ? _table[slot] : NOT_FOUND;
-}
-
-
-template <class T>
-unsigned int HashVocabulary<T>::index(const char* data, std::size_t length, bool& found)
-{
-	UInt32 slot = 0;
-	UInt32 hash = 0;
-	switch (probe(data, length, slot, hash))
-	{
-	case PROBE_FOUND:
-		found = true;
-		return _table[slot];
-	case PROBE_FULL:
-		throw Ixor::PoolOverflowException("Vocabulary hash table full");
-	default:
-		break;
-	}
-	const UInt32 idx = static_cast<UInt32>(this->_index.size());
-	this->_index.push_back(std::string(data, length));
-	_table[slot] = idx;
-	_hashes[slot] = hash;
-	found = false;
-	return idx;
+	return !_table.empty() && probe(data, length, slot, hash) ? _table[slot] : NOT_FOUND;
 }
 
 
 template <class T>
 unsigned int HashVocabulary<T>::exists(const T& value, bool& found) const
 {
-	UInt32 slot = 0;
-	UInt32 hash = 0;
-	found = probe(value, slot, hash) == PROBE_FOUND;
-	return found ? _table[slot] : NOT_FOUND;
+	const unsigned int idx = find(value);
+	found = idx != NOT_FOUND;
+	return idx;
 }
 
 

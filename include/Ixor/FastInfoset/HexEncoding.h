@@ -25,10 +25,10 @@ extern template class OctetEncoding<HexEncoding>;
 
 
 class FastInfoset_API HexEncoding: public OctetEncoding<HexEncoding>
-	/// Binary data with a hexadecimal text form (algorithm 1). content()
-	/// holds the raw octets themselves, which are also the octets written;
-	/// the upper-case hexadecimal text, two digits per octet and nothing
-	/// between them, is produced on demand.
+	/// Binary data with a hexadecimal text form (algorithm 1). octets()
+	/// holds the raw octets, which are also the octets written; content()
+	/// is the upper-case hexadecimal text, two digits per octet and nothing
+	/// between them.
 	///
 	/// Its messages are "Zero-length data for hex encoding" and "Invalid
 	/// hex-encoded data".
@@ -37,7 +37,7 @@ public:
 	typedef Ixor::AutoPtr<HexEncoding> Ptr;
 
 	HexEncoding();
-		/// No data; the decode function reads into its content().
+		/// No data; the decode function reads into its octets.
 
 	HexEncoding(const char* data, std::size_t length);
 		/// Copies the octets. Throws FISEncodingException "Zero-length data

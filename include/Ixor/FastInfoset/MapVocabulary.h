@@ -64,9 +64,14 @@ public:
 		/// For tables of strings: the index of the string of length octets
 		/// at data, or NOT_FOUND; no string is built for the lookup.
 
-	unsigned int index(const char* data, std::size_t length, bool& found);
-		/// For tables of strings: index() of the string of length octets at
-		/// data, which is built only to be added.
+	unsigned int indexWithin(const T& value, std::size_t maxIndex, bool& found);
+		/// The index of value; a new value is added only while its index
+		/// would not pass maxIndex, else the result is NOT_FOUND and nothing
+		/// changes.
+
+	unsigned int indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found);
+		/// For tables of strings: indexWithin() of the string of length octets
+		/// at data, which is built only to be added.
 
 private:
 	struct Slot
@@ -79,6 +84,7 @@ private:
 	UInt32 find(const T& value, UInt32 hash) const;
 	std::size_t slotOf(const char* data, std::size_t length, UInt32 hash) const;
 	void grow();
+	unsigned int store(const T& value, std::size_t slot, UInt32 hash);
 
 	std::vector<Slot> _slots;
 	std::size_t       _used;
@@ -160,28 +166,34 @@ inline unsigned int MapVocabulary<T>::find(const char* data, std::size_t length)
 
 
 template <class T>
-unsigned int MapVocabulary<T>::index(const char* data, std::size_t length, bool& found)
+unsigned int MapVocabulary<T>::indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found)
 {
 	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
 	std::size_t i = _slots.empty() ? 0 : slotOf(data, length, hash);
-	if (!_slots.empty() && _slots[i].index != NOT_FOUND)
-	{
-		found = true;
-		return _slots[i].index;
-	}
+	found = !_slots.empty() && _slots[i].index != NOT_FOUND;
+	if (found) return _slots[i].index;
+	if (this->_index.size() > maxIndex) return NOT_FOUND;
 	if (2 * (_used + 1) > _slots.size())
 	{
 		grow();
 		i = slotOf(data, length, hash);
 	}
-	Slot& slot = _slots[i];
+	return store(std::string(data, length), i, hash);
+}
+
+
+template <class T>
+unsigned int MapVocabulary<T>::store(const T& value, std::size_t slot, UInt32 hash)
+{
+	// The entry is stored before the slot refers to it, so that a failed
+	// append leaves the table as it was.
 	const UInt32 idx = static_cast<UInt32>(this->_index.size());
-	this->_index.push_back(std::string(data, length));
-	slot.hash = hash;
-	slot.index = idx;
-	slot.pEntry = &this->_index[idx];
+	this->_index.push_back(value);
+	Slot& stored = _slots[slot];
+	stored.hash = hash;
+	stored.index = idx;
+	stored.pEntry = &this->_index[idx];
 	++_used;
-	found = false;
 	return idx;
 }
 
@@ -203,26 +215,22 @@ void MapVocabulary<T>::grow()
 
 
 template <class T>
-unsigned int MapVocabulary<T>::index(const T& value, bool& found)
+unsigned int MapVocabulary<T>::indexWithin(const T& value, std::size_t maxIndex, bool& found)
 {
 	if (2 * (_used + 1) > _slots.size()) grow();
 	const UInt32 hash = VocabularyHash<T>()(value);
 	const UInt32 i = find(value, hash);
-	if (_slots[i].index != NOT_FOUND)
-	{
-		found = true;
-		return _slots[i].index;
-	}
-	// The entry is stored before the slot refers to it, so that a failed
-	// append leaves the table as it was.
-	const UInt32 idx = static_cast<UInt32>(this->_index.size());
-	this->_index.push_back(value);
-	_slots[i].hash = hash;
-	_slots[i].index = idx;
-	_slots[i].pEntry = &this->_index[idx];
-	++_used;
-	found = false;
-	return idx;
+	found = _slots[i].index != NOT_FOUND;
+	if (found) return _slots[i].index;
+	if (this->_index.size() > maxIndex) return NOT_FOUND;
+	return store(value, i, hash);
+}
+
+
+template <class T>
+unsigned int MapVocabulary<T>::index(const T& value, bool& found)
+{
+	return indexWithin(value, NOT_FOUND, found);
 }
 
 

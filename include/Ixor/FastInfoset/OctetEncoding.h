@@ -35,9 +35,10 @@ struct OctetTraits;
 template <class E>
 class FastInfoset_API OctetEncoding: public Encoding
 	/// The common part of the binary data classes HexEncoding and
-	/// DWordEncoding: content() holds the raw octets themselves, which are
-	/// also the octets written; the text form is produced on demand by the
-	/// host codec of E.
+	/// DWordEncoding: octets() holds the raw octets, which are also the
+	/// octets written; content() is their text form in E's host codec,
+	/// built when it is first asked for, so that a typed-data handler, which
+	/// takes the octets, never pays for it.
 	///
 	/// The messages below are those of E, as its header names them: the
 	/// zero-length message and the invalid-data message.
@@ -46,9 +47,12 @@ public:
 	unsigned int type() const override;
 		/// E's algorithm index.
 
+	const std::string& octets() const;
+		/// The raw octets.
+
 	bool merge(const Encoding& other) override;
-		/// Appends the octets of another value of E's algorithm and returns
-		/// true; returns false for any other type.
+		/// Appends the octets of another E and returns true; returns false
+		/// for any other type.
 
 	void append(const char* data, std::size_t length);
 		/// Appends length octets in place, as merging an E of them would.
@@ -91,12 +95,17 @@ public:
 		/// One binaryData() call with the octets; nothing for a null
 		/// handler.
 
+	const std::string& content() const override;
+	std::string& content() override;
+		/// The text form of the octets, built on the first call after they
+		/// changed. Changing it does not change the octets.
+
 	void createContent() override;
-		/// Nothing: the octets are the value.
+		/// Builds the text form of the octets.
 
 protected:
 	OctetEncoding();
-		/// No data; the decode function reads into its content().
+		/// No data; the decode function reads into its octets.
 
 	OctetEncoding(const char* data, std::size_t length);
 		/// Copies the octets. Throws FISEncodingException with the
@@ -112,7 +121,20 @@ protected:
 
 private:
 	typedef OctetTraits<E> Traits;
+
+	// The inherited _content holds the octets.
+	mutable std::string _text;   // the text form, or empty until it is asked for
 };
+
+
+//
+// inlines
+//
+template <class E>
+inline const std::string& OctetEncoding<E>::octets() const
+{
+	return _content;
+}
 
 
 } } // namespace Ixor::FastInfoset

@@ -21,11 +21,10 @@ namespace FastInfoset {
 
 class FastInfoset_API RestrictedAlphabet
 	/// An ordered set of N characters whose strings are sent as codes of
-	/// bitSize() bits: code i stands for the i-th character, and code N ends
-	/// the string. bitSize() is floor(log2(N + 1)), so every code that fits
-	/// in it is a valid one; when N + 1 is not a power of two the end code
-	/// and the last characters cannot be sent, and strings end with their
-	/// octets.
+	/// bitSize() bits: code i stands for the i-th character. bitSize() is
+	/// the smallest k with 2^k > N, so the all-ones code of k bits is never
+	/// a character: it ends the string, as the 1 bits that fill its last
+	/// octet do. The codes from N up to the all-ones one name nothing.
 {
 public:
 	RestrictedAlphabet();
@@ -43,14 +42,16 @@ public:
 		/// The bits of one code; 0 for a placeholder.
 
 	bool isEndOfString(int code) const;
-		/// True for code N.
+		/// True for the all-ones code of bitSize() bits; false for every
+		/// code of a placeholder.
 
 	int indexToChar(int code) const;
-		/// The code point of code, which must be 0 to N (an assertion).
+		/// The code point of code, which must name a character: 0 to N - 1
+		/// (an assertion).
 
 private:
 	std::string      _characters;
-	std::vector<int> _codes;        // the code points, then 0 for the end code
+	std::vector<int> _codes;        // the code points, by code
 	unsigned int     _bitSize;
 
 	friend class StringDecoder;
@@ -74,7 +75,7 @@ inline unsigned int RestrictedAlphabet::bitSize() const
 
 inline bool RestrictedAlphabet::isEndOfString(int code) const
 {
-	return code == static_cast<int>(_codes.size()) - 1;
+	return _bitSize > 0 && code >= 0 && static_cast<UInt64>(code) == (UInt64(1) << _bitSize) - 1;
 }
 
 

@@ -28,8 +28,10 @@ class FastInfoset_API StringDecoder
 public:
 	static void decodeAlphabet(const std::string& octets, const RestrictedAlphabet& alphabet, std::string& result);
 		/// Replaces result by the characters of the codes in octets, up to the
-		/// end code or the last whole code. Throws FISEncodingException for a
-		/// reserved alphabet, which has no characters.
+		/// all-ones code or the last whole code; what follows in the last
+		/// octet is fill. Throws FISEncodingException for a reserved
+		/// alphabet, which has no characters, for a code that names no
+		/// character, and for an all-ones code before the last octet.
 
 	static void decodeUTF16(const std::string& octets, std::string& result);
 		/// Replaces result by the UTF-8 form of the big-endian UTF-16 octets;

@@ -35,7 +35,7 @@ struct VocabularyHash<std::string>
 		return bytes(value.data(), value.size());
 	}
 
-	static bool equal(const std::string& stored, const char* p, std::size_t n)
+	FastInfoset_ALWAYS_INLINE static bool equal(const std::string& stored, const char* p, std::size_t n)
 		/// Whether stored holds the n octets at p. Names and short strings,
 		/// the common case, are compared in at most two word loads each.
 	{
@@ -67,7 +67,7 @@ struct VocabularyHash<std::string>
 		return true;
 	}
 
-	static UInt32 bytes(const char* p, std::size_t n)
+	FastInfoset_ALWAYS_INLINE static UInt32 bytes(const char* p, std::size_t n)
 		/// The hash of the string of n octets at p.
 	{
 		UInt64 h = 0x9E3779B97F4A7C15ull ^ (static_cast<UInt64>(n) * 0xFF51AFD7ED558CCDull);
