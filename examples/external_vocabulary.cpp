@@ -109,24 +109,23 @@ int main(int argc, char** argv)
 		std::cout << "order without vocabulary: " << without.size() << " octets, against the vocabulary: "
 			<< withVocabulary.size() << " octets\n";
 
-		// 4. Read it. By default the parser opens the URI and loads the
-		//    vocabulary itself.
+		// 4. Read it. A parser allowed to load external vocabularies opens
+		//    the URI and loads the vocabulary itself.
 		Ixor::XML::DefaultHandler handler;
 		FastInfosetParser loading;
+		loading.setLoadExternalVocabularies(true);
 		loading.setContentHandler(&handler);
 		loading.parseMemoryNP(withVocabulary.data(), withVocabulary.size());
 		std::cout << "read with the vocabulary loaded from " << uri << "\n";
 
 		// A parser given the vocabulary in advance never opens the URI.
 		FastInfosetParser prepared(vocabulary);
-		prepared.setLoadExternalVocabularies(false);
 		prepared.setContentHandler(&handler);
 		prepared.parseMemoryNP(withVocabulary.data(), withVocabulary.size());
 		std::cout << "read with the vocabulary given in advance\n";
 
-		// A parser of documents from strangers refuses to open what they name.
+		// By default a parser refuses to open what documents name.
 		FastInfosetParser cautious;
-		cautious.setLoadExternalVocabularies(false);
 		try
 		{
 			cautious.parseMemoryNP(withVocabulary.data(), withVocabulary.size());

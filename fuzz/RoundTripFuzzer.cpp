@@ -139,7 +139,7 @@ private:
 	void forward(F f)
 	{
 		if (!refusal.empty()) return;
-		const std::string outcome = outcomeOf(f);
+		const std::string outcome = refusalOf(f);
 		if (outcome != "ok") refusal = outcome;
 	}
 

@@ -31,6 +31,15 @@ BitStreamReader::BitStreamReader(std::istream& in):
 }
 
 
+BitStreamReader::BitStreamReader(std::istream& in, const char* pPending, std::size_t pendingSize):
+	BitStreamReader(in)
+{
+	poco_assert(pendingSize <= static_cast<std::size_t>(BUFFER_SIZE));
+	if (pendingSize > 0) std::memcpy(_pOwnBuffer, pPending, pendingSize);
+	_cachedBits = static_cast<UInt64>(pendingSize) * 8;
+}
+
+
 BitStreamReader::BitStreamReader(const char* pData, std::size_t size):
 	_pStream(0),
 	_cachedBits(static_cast<UInt64>(size) * 8),
@@ -129,6 +138,27 @@ bool BitStreamReader::readUnaligned(std::string& str, std::size_t length)
 		length -= count;
 	}
 	return true;
+}
+
+
+void BitStreamReader::giveBack(std::string& kept)
+{
+	kept.clear();
+	poco_assert(bitPos() == 0);
+	const Int64 unread = cachedBits() / 8;
+	if (!_pStream || unread <= 0) return;
+	// A read that met the end of the stream left it failed; a seek needs a
+	// good stream, and a stream that cannot seek is left as it was.
+	const std::ios::iostate state = _pStream->rdstate();
+	_pStream->clear();
+	_pStream->seekg(-static_cast<std::streamoff>(unread), std::ios::cur);
+	if (!_pStream->fail())
+	{
+		_cachedBits -= static_cast<UInt64>(unread) * 8;
+		return;
+	}
+	_pStream->clear(state);
+	kept.assign(reinterpret_cast<const char*>(curByte()), static_cast<std::size_t>(unread));
 }
 
 

@@ -4,19 +4,10 @@
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/Encoding.h"
 #include "Ixor/FastInfoset/FISException.h"
-#include "Ixor/FastInfoset/FastInfosetParser.h"
-#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
+#include "ExternalVocabularyLoader.h"
 #include "FastDecoding.h"
-#include "Poco/NullStream.h"
-#include "Poco/Path.h"
-#include "Poco/SAX/InputSource.h"
-#include "Poco/SAX/SAXParser.h"
-#include "Poco/URI.h"
-#include "Poco/URIStreamOpener.h"
-#include <istream>
-#include <memory>
 
 
 namespace Ixor {
@@ -25,35 +16,10 @@ namespace FastInfoset {
 
 namespace
 {
-	const int MAX_EXTERNAL_VOCABULARY_NESTING = 8;
-	thread_local bool externalLoadingAllowed = true;
-
-	DocumentVocabulary withVectorTables(const DocumentVocabulary& source)
-	{
-		DocumentVocabulary result(DocumentVocabulary::VOC_VECTOR);
-		bool found = false;
-		for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
-		{
-			const DocumentVocabulary::ID table = static_cast<DocumentVocabulary::ID>(id);
-			const std::size_t size = source.vocabulary(table)->size();
-			for (std::size_t i = result.vocabulary(table)->size(); i < size; ++i)
-			{
-				result.index(table, source.value(table, static_cast<unsigned int>(i)), found);
-			}
-		}
-		for (std::size_t i = 1; i < source.elementVocabulary()->size(); ++i)
-		{
-			result.elementVocabulary()->index(source.elementVocabulary()->value(static_cast<unsigned int>(i)), found);
-		}
-		for (std::size_t i = 1; i < source.attributeVocabulary()->size(); ++i)
-		{
-			result.attributeVocabulary()->index(source.attributeVocabulary()->value(static_cast<unsigned int>(i)), found);
-		}
-		result.restrictedAlphabets() = source.restrictedAlphabets();
-		return result;
-	}
 	const char* const INVALID_HEADER = "Not a valid Fast Infoset document (invalid header)";
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
+	const char* const LISTED_TWICE = "Initial vocabulary lists a value twice in one table";
+	const char* const TOO_LARGE = "Integer value larger than 2^20";
 }
 
 
@@ -85,7 +51,7 @@ void Decoder::documentPreHeader(BitStreamReader& aReader, std::string& xmlDeclar
 }
 
 
-Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
+Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
 {
 	if (aReader.eof()) throw FISParseException(END_OF_HEADER);
 	poco_assert(aReader.bitPos() == 1);
@@ -103,7 +69,7 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 	parts.version                 = (bits & 0x01) != 0;
 
 	if (additionalData) skipAdditionalData(aReader);
-	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler);
+	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler, pLoader);
 	else vocabulary.reset();
 	return parts;
 }
@@ -178,7 +144,7 @@ void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 		}
 		else
 		{
-			poco_assert(val == 48);
+			if (val != 48) throw FISEncodingException("Integer uses a reserved form");
 			aReader.skip(4);
 			ok = aReader.read(next, 20) && ok;
 			result = next + 526369;
@@ -217,7 +183,7 @@ void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 	}
 	val = result;
 	if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
-	poco_assert(val <= Encoder::MAXINT20);
+	if (val > Encoder::MAXINT20) throw FISEncodingException(TOO_LARGE);
 	poco_assert(aReader.bitPos() == 0);
 }
 
@@ -375,9 +341,12 @@ void Decoder::encodedCharacterString(BitStreamReader& aReader, std::string& text
 		StringDecoder::decodeUTF16(octets, text);
 		break;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
-		integer(aReader, index);
-		nonEmptyOctetString(aReader, octets);
-		StringDecoder::decodeAlphabet(octets, vocabulary.restrictedAlphabets().alphabet(index), text);
+		{
+			integer(aReader, index);
+			const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(vocabulary.restrictedAlphabets(), index);
+			nonEmptyOctetString(aReader, octets);
+			StringDecoder::decodeAlphabet(octets, alphabet, text);
+		}
 		break;
 	default:
 		{
@@ -406,14 +375,14 @@ void Decoder::skipEncodingAlgos(BitStreamReader& aReader, DocumentVocabulary& /*
 }
 
 
-void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
+void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
 {
 	aReader.skip(3);
 	unsigned int flags = 0;
 	if (!aReader.read(flags, 13)) throw FISParseException("Unexpected end of stream while parsing initial vocabulary");
 	if (flags == 0) throw FISException("Initial Vocabulary detected with zero information in it - at least one dictionary required");
 
-	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler);
+	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler, pLoader);
 	else vocabulary.reset();
 
 	if (flags & 0x0800) handleRestrictedAlphabet(aReader, vocabulary);
@@ -433,58 +402,20 @@ void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabular
 }
 
 
-void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler)
+void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
 {
 	aReader.skip(1);
 	std::string uri;
 	nonEmptyOctetString(aReader, uri);
-	// The vocabulary that already carries this URI is kept as it is: that is
-	// how an application supplies an external vocabulary in advance.
-	if (uri == vocabulary.getURI()) return;
-
-	if (!ExternalLoading::allowed())
-		throw FISException("External vocabulary loading is disabled", uri);
-
-	// A vocabulary document may name an external vocabulary itself; one that
-	// names itself, directly or through others, must not recurse forever.
-	static thread_local int nesting = 0;
-	if (nesting >= MAX_EXTERNAL_VOCABULARY_NESTING)
-		throw FISException("External vocabularies nested too deeply", uri);
-	struct NestingGuard
+	if (pLoader)
 	{
-		NestingGuard() { ++nesting; }
-		~NestingGuard() { --nesting; }
-	} guard;
-
-	std::unique_ptr<std::istream> pStream(Ixor::URIStreamOpener::defaultOpener().open(uri));
-	std::string path = Ixor::URI(uri).getPath();
-	path = Ixor::toLower(path);
-	Ixor::XML::InputSource source(*pStream);
-	if (Ixor::Path(path).getExtension() == "xml")
-	{
-		Ixor::NullOutputStream nowhere;
-		FastInfosetWriter writer(nowhere, false, DocumentVocabulary::VOC_MAP);
-		Ixor::XML::SAXParser parser;
-		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACES, true);
-		parser.setFeature(Ixor::XML::XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-		parser.setContentHandler(&writer);
-		parser.setDTDHandler(&writer);
-		parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
-		parser.parse(&source);
-		// The writer's tables are hash tables of fixed capacity that find old
-		// values again; the reader needs tables that give every literal of a
-		// document its own index and take any number of them. Entries are
-		// copied in index order, so they keep their indexes.
-		vocabulary = withVectorTables(writer.getDocumentVocabulary());
+		// A handler without which the document can still be read learns of
+		// what was loaded, not of a vocabulary given in advance.
+		if (pLoader->load(uri, vocabulary) && pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
+		return;
 	}
-	else
-	{
-		FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
-		parser.parse(&source);
-		vocabulary = parser.vocabulary();
-	}
-	// A parser without document handler still reads the document.
-	if (pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
+	// The vocabulary that already carries this URI is kept as it is.
+	if (uri != vocabulary.getURI()) throw FISException(ExternalVocabularyLoader::LOADING_DISABLED, uri);
 }
 
 
@@ -513,7 +444,7 @@ void Decoder::handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, value);
 		pTable->index(value, existed);
-		poco_assert(!existed);
+		if (existed) throw FISEncodingException(LISTED_TWICE);
 	}
 }
 
@@ -529,7 +460,7 @@ void Decoder::handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabula
 		aReader.skip(2);
 		encodedCharacterString(aReader, value, vocabulary);
 		pTable->index(value, existed);
-		poco_assert(!existed);
+		if (existed) throw FISEncodingException(LISTED_TWICE);
 	}
 }
 
@@ -544,27 +475,8 @@ void Decoder::handleNameSurrogatesVoc(BitStreamReader& aReader, Vocabulary<Quali
 		aReader.skip(6);
 		// Absent prefix and namespace indexes (0xFFFFFFFF) are kept as they are.
 		pTable->index(nameSurrogate(aReader), existed);
-		poco_assert(!existed);
+		if (existed) throw FISEncodingException(LISTED_TWICE);
 	}
-}
-
-
-Decoder::ExternalLoading::ExternalLoading(bool allowed):
-	_previous(externalLoadingAllowed)
-{
-	externalLoadingAllowed = allowed;
-}
-
-
-Decoder::ExternalLoading::~ExternalLoading()
-{
-	externalLoadingAllowed = _previous;
-}
-
-
-bool Decoder::ExternalLoading::allowed()
-{
-	return externalLoadingAllowed;
 }
 
 

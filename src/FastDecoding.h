@@ -18,7 +18,10 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Ixor/FastInfoset/DocumentRestrictedAlphabet.h"
 #include "Ixor/FastInfoset/Encoder.h"
+#include "Ixor/FastInfoset/FISException.h"
+#include "Poco/NumberFormatter.h"
 
 
 namespace Ixor {
@@ -193,6 +196,16 @@ inline bool stringLengthAt(int pos, UInt64 w, int available, std::size_t& length
 		return false;
 	}
 	return size <= available;
+}
+
+
+inline const RestrictedAlphabet& alphabetAt(const DocumentRestrictedAlphabet& alphabets, unsigned int index)
+	/// The alphabet a document names by index; FISEncodingException when the
+	/// index names none.
+{
+	if (index == 0 || index > alphabets.alphabets().size())
+		throw FISEncodingException("Restricted alphabet " + Poco::NumberFormatter::format(index) + " is not defined");
+	return alphabets.alphabet(index);
 }
 
 

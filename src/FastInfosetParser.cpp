@@ -7,14 +7,19 @@
 #include "Ixor/FastInfoset/NullEncoding.h"
 #include "Ixor/FastInfoset/NullRefEncoding.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
+#include "Poco/NumberFormatter.h"
 #include "Poco/SAX/ContentHandler.h"
 #include "Poco/SAX/DTDHandler.h"
 #include "Poco/SAX/EntityResolverImpl.h"
+#include "Poco/SAX/ErrorHandler.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/SAXException.h"
 #include "Poco/XML/XMLWriter.h"
 #include "FastDecoding.h"
+#include "VocabularyFileLoader.h"
+#include <climits>
+#include <cstdint>
 
 
 using Ixor::XML::XMLString;
@@ -36,11 +41,61 @@ namespace
 	const std::size_t SCRATCH_SIZE = 1024;
 
 	const unsigned int CDATA_ALGORITHM = 10;
+	const std::string CDATA_TYPE("CDATA");
 	const unsigned int ABSENT = 0xFFFFFFFF;
+
+	// Elements with fewer attributes than this are reported in lists that
+	// are kept, so that their strings keep their capacity: so many lists
+	// for each number of attributes.
+	const std::size_t POOLED_ATTRIBUTE_COUNTS = 32;
+	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 4;
+	// Strings of the lists longer than this are released after the element
+	// is reported, so that what the lists hold stays small.
+	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
+
+	// The octets of a name that a report may deliver without counting
+	// against amplification: real names are shorter.
+	const std::size_t NAME_ALLOWANCE = 64;
+
+	// Qualified names kept for reuse: a constant plus this many octets for
+	// each octet read; each kept name also costs its bookkeeping.
+	const UInt64 QNAME_BUDGET = 64 * 1024;
+	const UInt64 QNAME_BUDGET_PER_OCTET = 2;
+	const UInt64 QNAME_OVERHEAD = 64;
+
+	const char* const TABLE_NAMES[] =
+	{
+		"restricted alphabet", "encoding algorithm", "prefix", "namespace name", "local name", "other NCName",
+		"other URI", "attribute value", "other string", "content character chunk", "element name", "attribute name"
+	};
+
+	class FaultReport: public Ixor::XML::SAXParseException
+		/// What an error handler receives: the message of the exception that
+		/// follows, as it stands (the host's own adds a location in words).
+	{
+	public:
+		explicit FaultReport(const std::string& text):
+			Ixor::XML::SAXParseException(text, std::string(), std::string(), 0, 0)
+		{
+			message(text);
+		}
+	};
+
+
+	[[noreturn]] void noEntry(int table, unsigned int index)
+	{
+		throw FISEncodingException(std::string("Index ") + Poco::NumberFormatter::format(index)
+			+ " names no entry of the " + TABLE_NAMES[table] + " table");
+	}
 }
 
 
 const std::string FastInfosetParser::EMPTY_STRING;
+const std::size_t FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH;
+const std::size_t FastInfosetParser::DEFAULT_MAX_NAMESPACE_DECLARATIONS;
+const Ixor::UInt64 FastInfosetParser::DEFAULT_MAX_EXTERNAL_VOCABULARY_SIZE;
+const Ixor::UInt64 FastInfosetParser::DEFAULT_AMPLIFICATION_THRESHOLD;
+constexpr double FastInfosetParser::DEFAULT_MAX_AMPLIFICATION;
 
 
 FastInfosetParser::ResolvedQualName::ResolvedQualName():
@@ -52,6 +107,8 @@ FastInfosetParser::ResolvedQualName::ResolvedQualName():
 
 
 FastInfosetParser::NameEntry::NameEntry():
+	pQName(0),
+	excess(0),
 	resolved(false)
 {
 }
@@ -65,7 +122,8 @@ FastInfosetParser::FastInfosetParser(DocumentVocabulary::VocabularyImpl impl):
 
 
 FastInfosetParser::FastInfosetParser(const DocumentVocabulary& vocabulary):
-	_vocabulary(vocabulary)
+	_vocabulary(vocabulary),
+	_pGivenVocabulary(new DocumentVocabulary(vocabulary))
 {
 	init();
 }
@@ -85,14 +143,28 @@ void FastInfosetParser::init()
 	_namespacePrefixes = true;
 	_maxElementDepth = DEFAULT_MAX_ELEMENT_DEPTH;
 	_maxNamespaceDeclarations = DEFAULT_MAX_NAMESPACE_DECLARATIONS;
-	_loadExternalVocabularies = true;
+	_loadExternalVocabularies = false;
+	_maxExternalVocabularySize = DEFAULT_MAX_EXTERNAL_VOCABULARY_SIZE;
+	_vocabularyNesting = 0;
+	_lastDocumentSize = 0;
+	_pPendingStream = 0;
+	_inHandler = false;
+	_inputInMemory = false;
+	_attributeCount = 0;
+	_trimAttributes = false;
+	_pReader = 0;
+	_delivered = 0;
+	_nextCheck = 0;
+	_amplificationThreshold = DEFAULT_AMPLIFICATION_THRESHOLD;
+	_maxAmplification = DEFAULT_MAX_AMPLIFICATION;
+	_qnameOctets = 0;
 	_namespaceDeclarations.reserve(16);
+	_attributes.reserve(16);
+	_attributeLists.resize(POOLED_ATTRIBUTE_COUNTS * ATTRIBUTE_LISTS_PER_COUNT);
 	_xmlDeclaration.reserve(SCRATCH_SIZE);
 	_identifying.reserve(SCRATCH_SIZE);
 	_octets.reserve(SCRATCH_SIZE);
 	_text.reserve(SCRATCH_SIZE);
-	_qname.reserve(256);
-	_pQName = &_qname;
 	_pLiteralValue = new NullEncoding();
 	_pIndexedValue = new NullRefEncoding(EMPTY_STRING);
 }
@@ -254,6 +326,49 @@ bool FastInfosetParser::getLoadExternalVocabularies() const
 }
 
 
+void FastInfosetParser::setMaxExternalVocabularySize(Ixor::UInt64 octets)
+{
+	_maxExternalVocabularySize = octets;
+}
+
+
+Ixor::UInt64 FastInfosetParser::getMaxExternalVocabularySize() const
+{
+	return _maxExternalVocabularySize;
+}
+
+
+void FastInfosetParser::loadExternalVocabulary(const std::string& uri, DocumentVocabulary& vocabulary) const
+{
+	VocabularyFileLoader loader(*this);
+	loader.load(uri, vocabulary);
+}
+
+
+void FastInfosetParser::setAmplificationThreshold(Ixor::UInt64 octets)
+{
+	_amplificationThreshold = octets;
+}
+
+
+Ixor::UInt64 FastInfosetParser::getAmplificationThreshold() const
+{
+	return _amplificationThreshold;
+}
+
+
+void FastInfosetParser::setMaxAmplification(double factor)
+{
+	_maxAmplification = factor;
+}
+
+
+double FastInfosetParser::getMaxAmplification() const
+{
+	return _maxAmplification;
+}
+
+
 void FastInfosetParser::setMaxNamespaceDeclarations(std::size_t count)
 {
 	_maxNamespaceDeclarations = count;
@@ -283,16 +398,9 @@ std::size_t FastInfosetParser::getMaxElementDepth() const
 //
 void FastInfosetParser::parse(Ixor::XML::InputSource* pSource)
 {
-	if (pSource->getByteStream())
-	{
-		BitStreamReader reader(*pSource->getByteStream());
-		parseDocument(reader);
-	}
-	else if (pSource->getCharacterStream())
-	{
-		BitStreamReader reader(*pSource->getCharacterStream());
-		parseDocument(reader);
-	}
+	std::istream* pStream = pSource->getByteStream();
+	if (!pStream) pStream = pSource->getCharacterStream();
+	if (pStream) parseStream(*pStream);
 	else parse(pSource->getSystemId());
 }
 
@@ -317,8 +425,73 @@ void FastInfosetParser::parse(const XMLString& systemId)
 
 void FastInfosetParser::parseMemoryNP(const char* data, std::size_t size)
 {
+	_pPendingStream = 0;
+	_pendingOctets.clear();
 	BitStreamReader reader(data, size);
-	parseDocument(reader);
+	_inputInMemory = true;
+	parseReader(reader);
+}
+
+
+void FastInfosetParser::parseStream(std::istream& stream)
+	/// Reads one document and leaves the stream after it: what the reader
+	/// took beyond the document goes back to the stream, or, when it cannot
+	/// seek, waits here for the next parse of the same stream.
+{
+	std::string pending;
+	if (_pPendingStream == &stream) pending.swap(_pendingOctets);
+	_pPendingStream = 0;
+	_pendingOctets.clear();
+	BitStreamReader reader(stream, pending.data(), pending.size());
+	_inputInMemory = false;
+	parseReader(reader);
+	reader.giveBack(_pendingOctets);
+	if (!_pendingOctets.empty()) _pPendingStream = &stream;
+}
+
+
+void FastInfosetParser::parseReader(BitStreamReader& r)
+	/// Faults of the input leave as exceptions of the library's family that
+	/// say where they were found; those of handlers pass unchanged.
+{
+	_inHandler = false;
+	try
+	{
+		parseDocument(r);
+	}
+	catch (const FISParseException& exc)
+	{
+		if (_inHandler) throw;
+		fail<FISParseException>(r, exc.message(), exc.code());
+	}
+	catch (const FISEncodingException& exc)
+	{
+		if (_inHandler) throw;
+		fail<FISEncodingException>(r, exc.message(), exc.code());
+	}
+	catch (const FISException& exc)
+	{
+		if (_inHandler) throw;
+		fail<FISException>(r, exc.message(), exc.code());
+	}
+	catch (const Ixor::PoolOverflowException& exc)
+	{
+		// A table of fixed capacity, in a parser built with hash tables.
+		if (_inHandler) throw;
+		fail<FISException>(r, exc.message(), exc.code());
+	}
+}
+
+
+template <class E>
+void FastInfosetParser::fail(BitStreamReader& r, const std::string& message, int code)
+{
+	const std::string located = message + " (at octet " + Poco::NumberFormatter::format(static_cast<UInt64>(r.offset())) + ")";
+	if (_pErrorHandler)
+	{
+		_pErrorHandler->fatalError(FaultReport(located));
+	}
+	throw E(located, code);
 }
 
 
@@ -328,9 +501,40 @@ void FastInfosetParser::parseMemoryNP(const char* data, std::size_t size)
 inline const std::string& FastInfosetParser::stringAt(DocumentVocabulary::ID id, unsigned int index) const
 {
 	const std::vector<const std::string*>& strings = _strings[id];
-	if (index < strings.size()) return *strings[index];
-	// Past the end: the table raises what it raises for a missing index.
-	return _vocabulary.value(id, index);
+	if (index >= strings.size()) noEntry(id, index);
+	return *strings[index];
+}
+
+
+inline const std::string& FastInfosetParser::deliveredAt(DocumentVocabulary::ID id, unsigned int index)
+	/// A string taken from a table to be reported: it counts as delivered.
+{
+	const std::string& text = stringAt(id, index);
+	deliver(text.size());
+	return text;
+}
+
+
+inline void FastInfosetParser::deliver(UInt64 octets)
+{
+	_delivered += octets;
+	if (_delivered > _nextCheck) checkAmplification();
+}
+
+
+void FastInfosetParser::checkAmplification()
+	/// The octets read only grow, so the limit found here holds until the
+	/// count passes it again.
+{
+	double limit = _maxAmplification * static_cast<double>(_pReader->octetsConsumed());
+	if (limit < static_cast<double>(_amplificationThreshold)) limit = static_cast<double>(_amplificationThreshold);
+	if (static_cast<double>(_delivered) > limit)
+	{
+		throw FISParseException("Amplification limit exceeded: " + Poco::NumberFormatter::format(_delivered)
+			+ " octets delivered by index from " + Poco::NumberFormatter::format(static_cast<UInt64>(_pReader->octetsConsumed()))
+			+ " octets read (FastInfosetParser::setMaxAmplification, setAmplificationThreshold)");
+	}
+	_nextCheck = limit >= 1.8e19 ? ~UInt64(0) : static_cast<UInt64>(limit);
 }
 
 
@@ -369,6 +573,19 @@ void FastInfosetParser::syncTables()
 		_names[element].clear();
 		_names[element].resize(getQNameVocabulary(element != 0).size());
 	}
+	// The names the lists hold belong to the previous document.
+	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	{
+		if (!pList) continue;
+		for (AttributeList::Slot& held: pList->slots)
+		{
+			held.pName = nullptr;
+			held.pValue = nullptr;
+		}
+	}
+	_qnameIndex.clear();
+	_qnames.clear();
+	_qnameOctets = 0;
 }
 
 
@@ -382,23 +599,15 @@ inline const FastInfosetParser::NameEntry& FastInfosetParser::nameAt(unsigned in
 
 const FastInfosetParser::NameEntry& FastInfosetParser::resolveName(unsigned int index, bool element)
 {
-	// The table raises what it raises for a missing index.
-	const QualifiedNameEntry& entry = getQualifiedNameEntry(index, element);
+	const Vocabulary<QualifiedNameEntry>& table = getQNameVocabulary(element);
+	if (index >= table.size()) noEntry(element ? DocumentVocabulary::ELEMENT_NAME : DocumentVocabulary::ATTRIBUTE_NAME, index);
+	const QualifiedNameEntry& entry = table.value(index);
 	ResolvedQualName name;
 	name.pPrefix = &resolve(DocumentVocabulary::PREFIX, entry.prefixId());
 	name.pUri = &resolve(DocumentVocabulary::NAMESPACE_NAME, entry.namespaceId());
 	name.pLocalName = &resolve(DocumentVocabulary::LOCAL_NAME, entry.localNameId());
-	std::deque<NameEntry>& names = _names[element];
-	if (names.size() <= index) names.resize(getQNameVocabulary(element).size());
-	NameEntry& resolved = names[index];
-	resolved.name = name;
-	resolved.qname.clear();
-	if (!name.pPrefix->empty())
-	{
-		resolved.qname.reserve(name.pPrefix->size() + 1 + name.pLocalName->size());
-		resolved.qname.append(*name.pPrefix).append(1, ':').append(*name.pLocalName);
-	}
-	resolved.resolved = true;
+	NameEntry& resolved = nameSlot(index, element);
+	setName(resolved, name);
 	return resolved;
 }
 
@@ -407,17 +616,31 @@ const FastInfosetParser::NameEntry& FastInfosetParser::addName(const QualifiedNa
 {
 	bool found = false;
 	const unsigned int index = getQNameVocabulary(element).index(entry, found);
+	NameEntry& added = nameSlot(index, element);
+	if (!added.resolved) setName(added, name);
+	return added;
+}
+
+
+FastInfosetParser::NameEntry& FastInfosetParser::nameSlot(unsigned int index, bool element)
+{
 	std::deque<NameEntry>& names = _names[element];
 	if (names.size() <= index) names.resize(getQNameVocabulary(element).size());
-	NameEntry& added = names[index];
-	if (!added.resolved)
-	{
-		added.name = name;
-		added.qname.clear();
-		if (!name.pPrefix->empty()) added.qname.append(*name.pPrefix).append(1, ':').append(*name.pLocalName);
-		added.resolved = true;
-	}
-	return added;
+	return names[index];
+}
+
+
+void FastInfosetParser::setName(NameEntry& entry, const ResolvedQualName& name)
+{
+	entry.name = name;
+	// An unprefixed name is reported under its local name; a prefixed one
+	// gets its "prefix:local" when first reported.
+	entry.pQName = name.pPrefix->empty() ? name.pLocalName : 0;
+	const std::size_t size = name.pPrefix->size() + name.pUri->size() + name.pLocalName->size();
+	// Reported twice: by startElement() and endElement(), or by the element
+	// and its copy in the attribute list.
+	entry.excess = size > NAME_ALLOWANCE ? 2 * (size - NAME_ALLOWANCE) : 0;
+	entry.resolved = true;
 }
 
 
@@ -431,6 +654,44 @@ const std::string& FastInfosetParser::resolve(DocumentVocabulary::ID id, unsigne
 }
 
 
+inline const std::string& FastInfosetParser::qualifiedName(const NameEntry& name)
+{
+	if (!_namespacePrefixes) return EMPTY_STRING;
+	if (name.pQName) return *name.pQName;
+	return buildQualifiedName(name);
+}
+
+
+const std::string& FastInfosetParser::buildQualifiedName(const NameEntry& name)
+	/// One "prefix:local" for each pair of strings, kept while the kept ones
+	/// stay within their budget; past it, built afresh for each report.
+{
+	const std::pair<const std::string*, const std::string*> key(name.name.pPrefix, name.name.pLocalName);
+	const auto found = _qnameIndex.find(key);
+	if (found != _qnameIndex.end())
+	{
+		name.pQName = found->second;
+		return *name.pQName;
+	}
+	const UInt64 size = name.name.pPrefix->size() + 1 + name.name.pLocalName->size();
+	const UInt64 budget = QNAME_BUDGET + QNAME_BUDGET_PER_OCTET * _pReader->octetsConsumed();
+	if (_qnameOctets + size + QNAME_OVERHEAD <= budget)
+	{
+		_qnames.emplace_back();
+		std::string& qname = _qnames.back();
+		qname.reserve(static_cast<std::size_t>(size));
+		qname.append(*name.name.pPrefix).append(1, ':').append(*name.name.pLocalName);
+		_qnameOctets += size + QNAME_OVERHEAD;
+		_qnameIndex.emplace(key, &qname);
+		name.pQName = &qname;
+		return qname;
+	}
+	deliver(size);
+	_qnameScratch.assign(*name.name.pPrefix).append(1, ':').append(*name.name.pLocalName);
+	return _qnameScratch;
+}
+
+
 Vocabulary<QualifiedNameEntry>& FastInfosetParser::getQNameVocabulary(bool element)
 {
 	return element ? *_vocabulary.elementVocabulary() : *_vocabulary.attributeVocabulary();
@@ -439,7 +700,9 @@ Vocabulary<QualifiedNameEntry>& FastInfosetParser::getQNameVocabulary(bool eleme
 
 const QualifiedNameEntry& FastInfosetParser::getQualifiedNameEntry(unsigned int index, bool element)
 {
-	return getQNameVocabulary(element).value(index);
+	const Vocabulary<QualifiedNameEntry>& table = getQNameVocabulary(element);
+	if (index >= table.size()) noEntry(element ? DocumentVocabulary::ELEMENT_NAME : DocumentVocabulary::ATTRIBUTE_NAME, index);
+	return table.value(index);
 }
 
 
@@ -448,29 +711,51 @@ const QualifiedNameEntry& FastInfosetParser::getQualifiedNameEntry(unsigned int 
 //
 void FastInfosetParser::parseDocument(BitStreamReader& r)
 {
+	_pReader = &r;
+	_delivered = 0;
+	_nextCheck = _amplificationThreshold;
 	_openElements.clear();
+	_declarationScopes.clear();
 	_namespaceDeclarations.clear();
-	// The qualified name reported with the namespace-prefixes feature off is
-	// the last one formed; it outlives the views rebuilt below.
-	if (_pQName != &_qname) _qname = *_pQName;
-	_pQName = &_qname;
+	_attributeCount = 0;
 	// A reset keeps the alphabets, so those that the previous document added
 	// would shift the indexes of this document's own: every document starts
 	// from the alphabets the parser was built with.
 	_vocabulary.restrictedAlphabets() = _alphabets;
 	Decoder::documentPreHeader(r, _xmlDeclaration);
-	if (_pDocumentHandler) _pDocumentHandler->setWriteXMLDeclaration(!_xmlDeclaration.empty());
-	Decoder::OpenHeaderParts parts;
+	if (_pDocumentHandler)
 	{
-		Decoder::ExternalLoading loading(_loadExternalVocabularies);
-		parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler);
+		_inHandler = true;
+		_pDocumentHandler->setWriteXMLDeclaration(!_xmlDeclaration.empty());
+		_inHandler = false;
 	}
+	VocabularyFileLoader loader(*this);
+	const Decoder::OpenHeaderParts parts = Decoder::documentHeader(r, _vocabulary, _pDocumentHandler, &loader);
 	syncTables();
-	if (_pDocumentHandler) _pDocumentHandler->setDocumentVocabulary(_vocabulary);
+	if (_pDocumentHandler)
+	{
+		_inHandler = true;
+		_pDocumentHandler->setDocumentVocabulary(_vocabulary);
+		_inHandler = false;
+	}
 	parseDocumentChildren(r, parts);
-	if (_pContentHandler) _pContentHandler->startDocument();
+	if (_pContentHandler)
+	{
+		_inHandler = true;
+		_pContentHandler->startDocument();
+		_inHandler = false;
+	}
 	parseElementChildren(r);
-	if (_pContentHandler) _pContentHandler->endDocument();
+	// The document's terminator, and the padding of its last octet.
+	r.skip(4);
+	r.skipToByteStart();
+	_lastDocumentSize = r.octetsConsumed();
+	if (_pContentHandler)
+	{
+		_inHandler = true;
+		_pContentHandler->endDocument();
+		_inHandler = false;
+	}
 }
 
 
@@ -485,7 +770,7 @@ void FastInfosetParser::parseDocumentChildren(BitStreamReader& r, const Decoder:
 			parseNotation(r);
 			if (!r.read(id, 6)) throw FISParseException("Unexpected end of stream while parsing notation");
 		}
-		poco_assert(id == 60);
+		if (id != 60) throw FISEncodingException("Invalid terminator of notations");
 		r.skip(2);
 	}
 	if (parts.unparsedEntities)
@@ -497,7 +782,7 @@ void FastInfosetParser::parseDocumentChildren(BitStreamReader& r, const Decoder:
 			parseUnparsedEntity(r);
 			if (!r.read(id, 7)) throw FISParseException("Unexpected end of stream while parsing unparsed entity");
 		}
-		poco_assert(id == 120);
+		if (id != 120) throw FISEncodingException("Invalid terminator of unparsed entities");
 		r.skip(1);
 	}
 	if (parts.characterEncodingScheme)
@@ -573,7 +858,7 @@ void FastInfosetParser::parseElementChildren(BitStreamReader& r)
 				r.advance(skip + 3 + size);
 				window <<= 3 + size;
 				available -= 3 + size;
-				const std::string& text = stringAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
+				const std::string& text = deliveredAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
 				characters(text.data(), text.size());
 				continue;
 			}
@@ -614,12 +899,9 @@ bool FastInfosetParser::parseElementFast(BitStreamReader& r, UInt64 window, int 
 	const NameEntry& element = names[index];
 	r.advance(1 + size);
 
-	_namespaceDeclarations.clear();
-	_attributes.clear();
+	_attributeCount = 0;
 	if (window >> 63) parseAttributes(r);
-	if (_pContentHandler)
-		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qualifiedName(element), _attributes);
-	_openElements.push_back(&element);
+	startElement(element);
 	return true;
 }
 
@@ -648,7 +930,7 @@ void FastInfosetParser::parseAttributes(BitStreamReader& r)
 			if (rest > 0 && (value >> 63) && FastDecoding::integerAt(1, value << 1, rest - 1, valueIndex, valueSize))
 			{
 				r.advance(nameSize + 1 + valueSize);
-				_attributes.add(_names[0][nameIndex], stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, valueIndex));
+				addAttribute(_names[0][nameIndex], deliveredAt(DocumentVocabulary::ATTRIBUTE_VALUE, valueIndex));
 				continue;
 			}
 			r.advance(nameSize);
@@ -686,12 +968,15 @@ bool FastInfosetParser::parseElementChild(BitStreamReader& r)
 		else if ((code & 0xFC) == 0xC8) parseUnexpandedEntityReference(r);
 		else throw FISEncodingException("Invalid child element");
 	}
-	else if ((code & 0xF0) == 0xE0)
+	else if (code == 0xE1)
 	{
 		r.advance(8);
-		if (code == 0xE1) parseProcessingInstruction(r);
-		else if (code == 0xE2) parseComment(r);
-		else throw FISEncodingException(BAD_CHILD);
+		parseProcessingInstruction(r);
+	}
+	else if (code == 0xE2)
+	{
+		r.advance(8);
+		parseComment(r);
 	}
 	else throw FISEncodingException(BAD_CHILD);
 	return true;
@@ -710,7 +995,7 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 	if (available < 7) throw FISParseException(END_OF_ELEMENT);
 	const bool hasAttributes = (window >> 63) != 0;
 	r.advance(1);
-	_namespaceDeclarations.clear();
+	const std::size_t firstDeclaration = _namespaceDeclarations.size();
 
 	if (((window >> 57) & 0x3F) == 0x38)
 	{
@@ -719,7 +1004,7 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 		if (!r.read(bits, 4)) throw FISParseException(END_OF_ELEMENT);
 		while (bits != 15)
 		{
-			if (_namespaceDeclarations.size() >= _maxNamespaceDeclarations)
+			if (_namespaceDeclarations.size() - firstDeclaration >= _maxNamespaceDeclarations)
 				throw FISParseException("Maximum number of namespace declarations exceeded");
 			r.skip(2);
 			parseNamespaceAttribute(r);
@@ -728,34 +1013,59 @@ void FastInfosetParser::parseElement(BitStreamReader& r)
 		r.skip(6);
 	}
 
+	if (_namespaceDeclarations.size() > firstDeclaration)
+	{
+		const DeclarationScope scope = {_openElements.size(), firstDeclaration};
+		_declarationScopes.push_back(scope);
+	}
+
 	const NameEntry& element = parseQualifiedNameOrIndex(r, true);
 
-	_attributes.clear();
+	_attributeCount = 0;
 	if (hasAttributes) parseAttributes(r);
+	startElement(element);
+}
 
+
+inline void FastInfosetParser::startElement(const NameEntry& element)
+{
+	if (element.excess) deliver(element.excess);
 	if (_pContentHandler)
-		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qualifiedName(element), _attributes);
+	{
+		const Ixor::XML::AttributesImpl& attributes = attributeList();
+		const std::string& qname = qualifiedName(element);
+		_inHandler = true;
+		_pContentHandler->startElement(*element.name.pUri, *element.name.pLocalName, qname, attributes);
+		_inHandler = false;
+		if (_trimAttributes) trimAttributeList();
+	}
 	_openElements.push_back(&element);
 }
 
 
-void FastInfosetParser::endElement(const NameEntry& name)
+void FastInfosetParser::endElement(const NameEntry& element)
+	/// The element's own declarations end after it, last declared first.
 {
-	if (!_pContentHandler) return;
-	_pContentHandler->endElement(*name.name.pUri, *name.name.pLocalName, qualifiedName(name));
-	// The declaration list is shared by all elements: it holds those of the
-	// element read last, reported in declaration order.
-	for (const NamespaceDeclaration& declaration: _namespaceDeclarations)
-		_pContentHandler->endPrefixMapping(*declaration.pPrefix);
-}
-
-
-inline const std::string& FastInfosetParser::qualifiedName(const NameEntry& name)
-{
-	// With the feature off the qualified name is not formed: the last one
-	// formed stays (empty unless the feature was on before).
-	if (_namespacePrefixes) _pQName = &name.qname;
-	return *_pQName;
+	if (_pContentHandler)
+	{
+		const std::string& qname = qualifiedName(element);
+		_inHandler = true;
+		_pContentHandler->endElement(*element.name.pUri, *element.name.pLocalName, qname);
+		_inHandler = false;
+	}
+	if (!_declarationScopes.empty() && _declarationScopes.back().depth == _openElements.size())
+	{
+		const std::size_t first = _declarationScopes.back().first;
+		_declarationScopes.pop_back();
+		if (_pContentHandler)
+		{
+			_inHandler = true;
+			for (std::size_t i = _namespaceDeclarations.size(); i > first; --i)
+				_pContentHandler->endPrefixMapping(*_namespaceDeclarations[i - 1].pPrefix);
+			_inHandler = false;
+		}
+		_namespaceDeclarations.resize(first);
+	}
 }
 
 
@@ -772,7 +1082,12 @@ void FastInfosetParser::parseNamespaceAttribute(BitStreamReader& r)
 	declaration.pPrefix = parseCondIdentifyingStringOrIndex(r, prefixPresent, DocumentVocabulary::PREFIX);
 	declaration.pURI = parseCondIdentifyingStringOrIndex(r, namespacePresent, DocumentVocabulary::NAMESPACE_NAME);
 	_namespaceDeclarations.push_back(declaration);
-	if (_pContentHandler) _pContentHandler->startPrefixMapping(*declaration.pPrefix, *declaration.pURI);
+	if (_pContentHandler)
+	{
+		_inHandler = true;
+		_pContentHandler->startPrefixMapping(*declaration.pPrefix, *declaration.pURI);
+		_inHandler = false;
+	}
 }
 
 
@@ -788,7 +1103,7 @@ void FastInfosetParser::parseAttributeValueOf(BitStreamReader& r, const NameEntr
 	if (parseAttributeValue(r, name)) return;
 	unsigned int algorithm = 0;
 	const std::string* pValue = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::ATTRIBUTE_VALUE, algorithm);
-	_attributes.add(name, pValue->data(), pValue->size());
+	addAttribute(name, pValue->data(), pValue->size(), false);
 }
 
 
@@ -804,7 +1119,7 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 	{
 		if (!FastDecoding::integerAt(1, window << 1, available - 1, index, size)) return false;
 		r.advance(1 + size);
-		_attributes.add(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, index));
+		addAttribute(name, deliveredAt(DocumentVocabulary::ATTRIBUTE_VALUE, index));
 		return true;
 	}
 	// 0, the add-to-table bit, 00 for UTF-8, the length at the fifth bit.
@@ -814,7 +1129,8 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 	const bool addToTable = ((window >> 62) & 1) != 0;
 	r.advance(4 + size);
 	const char* pData = 0;
-	if (!r.readView(pData, length))
+	const bool view = r.readView(pData, length);
+	if (!view)
 	{
 		r.read(_octets, length);
 		pData = _octets.data();
@@ -823,9 +1139,10 @@ bool FastInfosetParser::parseAttributeValue(BitStreamReader& r, const NameEntry&
 	{
 		// The value now lives in the table: the list refers to it there.
 		_identifying.assign(pData, length);
-		_attributes.add(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying)));
+		addAttribute(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying)));
 	}
-	else _attributes.add(name, pData, length);
+	// A view into a block in memory stays valid for the whole parse.
+	else addAttribute(name, pData, length, view && _inputInMemory);
 	return true;
 }
 
@@ -874,7 +1191,7 @@ const std::string* FastInfosetParser::parseIdentifyingStringOrIndex(BitStreamRea
 	if (isIndex)
 	{
 		Decoder::integer(r, index);
-		return &stringAt(id, index);
+		return &deliveredAt(id, index);
 	}
 	Decoder::nonEmptyOctetString(r, _identifying);
 	index = addString(id, _identifying);
@@ -905,7 +1222,7 @@ const std::string* FastInfosetParser::parseNonIdentifyingStringOrIndexXML(BitStr
 	{
 		unsigned int index = 0;
 		Decoder::integer(r, index);
-		return &stringAt(id, index);
+		return &deliveredAt(id, index);
 	}
 	bool addToTable = false;
 	if (!r.read(addToTable)) throw FISParseException("Unexpected end of stream while parsing encoded character string");
@@ -927,7 +1244,7 @@ Encoding* FastInfosetParser::parseNonIdentifyingStringOrIndex(BitStreamReader& r
 	{
 		unsigned int index = 0;
 		Decoder::integer(r, index);
-		_pIndexedValue->reset(stringAt(id, index));
+		_pIndexedValue->reset(deliveredAt(id, index));
 		return _pIndexedValue;
 	}
 	bool addToTable = false;
@@ -958,10 +1275,11 @@ const std::string* FastInfosetParser::parseEncodedCharacterStringXML(BitStreamRe
 		return &_text;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
 	{
-		unsigned int alphabet = 0;
-		Decoder::integer(r, alphabet);
+		unsigned int index = 0;
+		Decoder::integer(r, index);
+		const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), index);
 		Decoder::nonEmptyOctetString(r, _octets);
-		StringDecoder::decodeAlphabet(_octets, _vocabulary.restrictedAlphabets().alphabet(alphabet), _text);
+		StringDecoder::decodeAlphabet(_octets, alphabet, _text);
 		return &_text;
 	}
 	default:
@@ -996,10 +1314,11 @@ Encoding* FastInfosetParser::parseEncodedCharacterString(BitStreamReader& r)
 		return _pLiteralValue;
 	case DocumentVocabulary::RESTRICTEDALPHABET:
 	{
-		unsigned int alphabet = 0;
-		Decoder::integer(r, alphabet);
+		unsigned int index = 0;
+		Decoder::integer(r, index);
+		const RestrictedAlphabet& alphabet = FastDecoding::alphabetAt(_vocabulary.restrictedAlphabets(), index);
 		Decoder::nonEmptyOctetString(r, _octets);
-		StringDecoder::decodeAlphabet(_octets, _vocabulary.restrictedAlphabets().alphabet(alphabet), _pLiteralValue->content());
+		StringDecoder::decodeAlphabet(_octets, alphabet, _pLiteralValue->content());
 		return _pLiteralValue;
 	}
 	default:
@@ -1029,7 +1348,7 @@ bool FastInfosetParser::parseCharacterChunkFast(BitStreamReader& r, UInt64 windo
 	{
 		if (!FastDecoding::integerAt(3, window << 1, available - 1, index, size)) return false;
 		r.advance(1 + size);
-		const std::string& text = stringAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
+		const std::string& text = deliveredAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
 		characters(text.data(), text.size());
 		return true;
 	}
@@ -1062,17 +1381,29 @@ void FastInfosetParser::parseCharacterChunk(BitStreamReader& r)
 
 	Encoding* pValue = parseNonIdentifyingStringOrIndex(r, DocumentVocabulary::CONTENT_CHARACTER_CHUNK);
 	const bool cdata = pValue->type() == CDATA_ALGORITHM;
+	_inHandler = true;
 	if (_pLexicalHandler && cdata) _pLexicalHandler->startCDATA();
 	if (_pFISContentHandler) pValue->handle(_pFISContentHandler);
 	else if (_pContentHandler) pValue->handle(_pContentHandler);
 	if (_pLexicalHandler && cdata) _pLexicalHandler->endCDATA();
+	_inHandler = false;
 }
 
 
 inline void FastInfosetParser::characters(const char* data, std::size_t length)
 	/// Plain text goes to characters() for every kind of content handler.
 {
-	if (_pContentHandler) _pContentHandler->characters(data, 0, static_cast<int>(length));
+	if (!_pContentHandler) return;
+	_inHandler = true;
+	// A call takes at most INT_MAX octets.
+	while (length > static_cast<std::size_t>(INT_MAX))
+	{
+		_pContentHandler->characters(data, 0, INT_MAX);
+		data += INT_MAX;
+		length -= INT_MAX;
+	}
+	_pContentHandler->characters(data, 0, static_cast<int>(length));
+	_inHandler = false;
 }
 
 
@@ -1081,7 +1412,12 @@ void FastInfosetParser::parseComment(BitStreamReader& r)
 	if (r.bitPos() != 0) throw FISEncodingException("Illegal startposition for a Comment value");
 	unsigned int algorithm = 0;
 	const std::string* pText = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::OTHER_STRING, algorithm);
-	if (_pLexicalHandler) _pLexicalHandler->comment(pText->data(), 0, static_cast<int>(pText->size()));
+	if (_pLexicalHandler)
+	{
+		_inHandler = true;
+		_pLexicalHandler->comment(pText->data(), 0, static_cast<int>(pText->size()));
+		_inHandler = false;
+	}
 }
 
 
@@ -1090,7 +1426,12 @@ void FastInfosetParser::parseProcessingInstruction(BitStreamReader& r)
 	const std::string* pTarget = parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_NCNAME);
 	unsigned int algorithm = 0;
 	const std::string* pData = parseNonIdentifyingStringOrIndexXML(r, DocumentVocabulary::OTHER_STRING, algorithm);
-	if (_pContentHandler) _pContentHandler->processingInstruction(*pTarget, *pData);
+	if (_pContentHandler)
+	{
+		_inHandler = true;
+		_pContentHandler->processingInstruction(*pTarget, *pData);
+		_inHandler = false;
+	}
 }
 
 
@@ -1105,7 +1446,12 @@ void FastInfosetParser::parseDocumentTypeDeclaration(BitStreamReader& r)
 	const std::string* pSystemId = parseCondIdentifyingStringOrIndex(r, systemPresent, DocumentVocabulary::OTHER_URI);
 	const std::string* pPublicId = parseCondIdentifyingStringOrIndex(r, publicPresent, DocumentVocabulary::OTHER_URI);
 	// The root element's name is not part of the item: it is reported empty.
-	if (_pLexicalHandler) _pLexicalHandler->startDTD(EMPTY_STRING, *pPublicId, *pSystemId);
+	if (_pLexicalHandler)
+	{
+		_inHandler = true;
+		_pLexicalHandler->startDTD(EMPTY_STRING, *pPublicId, *pSystemId);
+		_inHandler = false;
+	}
 
 	unsigned char stat = 0;
 	if (!r.read(stat, 4)) throw FISParseException("Unexpected end of stream while parsing document type declaration");
@@ -1115,8 +1461,13 @@ void FastInfosetParser::parseDocumentTypeDeclaration(BitStreamReader& r)
 		parseProcessingInstruction(r);
 		if (!r.read(stat, 4)) throw FISParseException("Unexpected end of stream while parsing document type declaration");
 	}
-	poco_assert(stat == 0x0f);
-	if (_pLexicalHandler) _pLexicalHandler->endDTD();
+	if (stat != 15) throw FISEncodingException("Invalid terminator of document type declaration");
+	if (_pLexicalHandler)
+	{
+		_inHandler = true;
+		_pLexicalHandler->endDTD();
+		_inHandler = false;
+	}
 }
 
 
@@ -1146,7 +1497,12 @@ void FastInfosetParser::parseNotation(BitStreamReader& r)
 	const std::string* pName = parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_NCNAME);
 	const std::string* pSystemId = systemPresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_URI) : 0;
 	const std::string* pPublicId = publicPresent ? parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_URI) : 0;
-	if (_pDTDHandler) _pDTDHandler->notationDecl(*pName, pPublicId, pSystemId);
+	if (_pDTDHandler)
+	{
+		_inHandler = true;
+		_pDTDHandler->notationDecl(*pName, pPublicId, pSystemId);
+		_inHandler = false;
+	}
 }
 
 
@@ -1159,133 +1515,157 @@ void FastInfosetParser::parseUnparsedEntity(BitStreamReader& r)
 	const std::string* pSystemId = parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_URI);
 	const std::string* pPublicId = parseCondIdentifyingStringOrIndex(r, publicPresent, DocumentVocabulary::OTHER_URI);
 	const std::string* pNotationName = parseIdentifyingStringOrIndex(r, DocumentVocabulary::OTHER_NCNAME);
-	if (_pDTDHandler) _pDTDHandler->unparsedEntityDecl(*pName, pPublicId->empty() ? 0 : pPublicId, *pSystemId, *pNotationName);
-}
-
-
-//
-// AttributeList
-//
-FastInfosetParser::AttributeList::AttributeList():
-	_count(0)
-{
-	_entries.reserve(16);
-}
-
-
-void FastInfosetParser::AttributeList::clear()
-{
-	_count = 0;
-}
-
-
-inline FastInfosetParser::AttributeList::Entry& FastInfosetParser::AttributeList::next()
-{
-	if (static_cast<std::size_t>(_count) == _entries.size()) _entries.emplace_back();
-	return _entries[_count++];
-}
-
-
-void FastInfosetParser::AttributeList::add(const NameEntry& name, const std::string& value)
-{
-	Entry& entry = next();
-	entry.pName = &name;
-	entry.pValue = &value;
-}
-
-
-void FastInfosetParser::AttributeList::add(const NameEntry& name, const char* value, std::size_t length)
-{
-	// The slot keeps its capacity from element to element.
-	Entry& entry = next();
-	entry.pName = &name;
-	entry.copy.assign(value, length);
-	entry.pValue = nullptr;
-}
-
-
-int FastInfosetParser::AttributeList::getIndex(const XMLString& name) const
-{
-	// Attributes carry no qualified name: only the empty name matches.
-	return name.empty() && _count > 0 ? 0 : -1;
-}
-
-
-int FastInfosetParser::AttributeList::getIndex(const XMLString& namespaceURI, const XMLString& localName) const
-{
-	for (int i = 0; i < _count; ++i)
+	if (_pDTDHandler)
 	{
-		const ResolvedQualName& name = _entries[i].pName->name;
-		if (*name.pUri == namespaceURI && *name.pLocalName == localName) return i;
+		_inHandler = true;
+		_pDTDHandler->unparsedEntityDecl(*pName, pPublicId->empty() ? 0 : pPublicId, *pSystemId, *pNotationName);
+		_inHandler = false;
 	}
-	return -1;
 }
 
 
-int FastInfosetParser::AttributeList::getLength() const
+//
+// Attributes
+//
+inline FastInfosetParser::Attribute& FastInfosetParser::nextAttribute(const NameEntry& name)
 {
-	return _count;
+	if (name.excess) deliver(name.excess);
+	if (_attributeCount == _attributes.size()) _attributes.emplace_back();
+	Attribute& attribute = _attributes[_attributeCount++];
+	attribute.pName = &name;
+	return attribute;
 }
 
 
-const XMLString& FastInfosetParser::AttributeList::getLocalName(int i) const
+inline void FastInfosetParser::addAttribute(const NameEntry& name, const std::string& value)
+	/// value is a vocabulary entry.
 {
-	poco_assert (0 <= i && i < _count);
-	return *_entries[i].pName->name.pLocalName;
+	Attribute& attribute = nextAttribute(name);
+	attribute.pValue = &value;
+	attribute.pData = value.data();
+	attribute.length = value.size();
 }
 
 
-const XMLString& FastInfosetParser::AttributeList::getQName(int i) const
+inline void FastInfosetParser::addAttribute(const NameEntry& name, const char* value, std::size_t length, bool inInput)
+	/// A value in the input is referred to; any other is copied (the slot
+	/// keeps its capacity from element to element).
 {
-	poco_assert (0 <= i && i < _count);
-	return EMPTY_STRING;
+	Attribute& attribute = nextAttribute(name);
+	attribute.pValue = nullptr;
+	attribute.length = length;
+	if (inInput)
+	{
+		attribute.pData = value;
+		return;
+	}
+	attribute.copy.assign(value, length);
+	attribute.pData = nullptr;
+	if (length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }
 
 
-const XMLString& FastInfosetParser::AttributeList::getType(int i) const
+const Ixor::XML::AttributesImpl& FastInfosetParser::attributeList()
+	/// The list for the number of attributes read, filled from them. A slot
+	/// that holds the same name, or the same vocabulary value, as for the
+	/// element before is left as it is.
 {
-	poco_assert (0 <= i && i < _count);
-	return EMPTY_STRING;
+	const std::size_t count = _attributeCount;
+	if (count >= POOLED_ATTRIBUTE_COUNTS)
+	{
+		// Large elements are rare: their list is built for each and released
+		// after it.
+		_largeAttributes.clear();
+		_largeAttributes.reserve(count);
+		for (std::size_t i = 0; i < count; ++i)
+		{
+			const Attribute& attribute = _attributes[i];
+			const NameEntry& name = *attribute.pName;
+			_largeAttributes.addAttribute(*name.name.pUri, *name.name.pLocalName, qualifiedName(name), CDATA_TYPE,
+				attribute.pData ? std::string(attribute.pData, attribute.length) : attribute.copy, true);
+		}
+		_trimAttributes = true;
+		return _largeAttributes;
+	}
+	// Lists are kept by the number of their attributes and, among those, by
+	// the sequence of their names, so that elements of one kind mostly find
+	// their names in place and only their values change.
+	std::size_t hash = 0;
+	for (std::size_t i = 0; i < count; ++i)
+	{
+		hash = hash * 31 + (reinterpret_cast<std::uintptr_t>(_attributes[i].pName) >> 4);
+	}
+	std::unique_ptr<AttributeList>& pList = _attributeLists[count * ATTRIBUTE_LISTS_PER_COUNT + hash % ATTRIBUTE_LISTS_PER_COUNT];
+	if (!pList)
+	{
+		// The entries are reserved first, so that the pointers to them stay
+		// valid.
+		pList.reset(new AttributeList);
+		pList->list.reserve(count);
+		pList->slots.resize(count);
+		for (std::size_t i = 0; i < count; ++i)
+		{
+			Ixor::XML::AttributesImpl::Attribute& slot = pList->list.addAttribute();
+			slot.type = CDATA_TYPE;
+			slot.specified = true;
+			pList->slots[i].pSlot = &slot;
+		}
+	}
+	AttributeList& list = *pList;
+	for (std::size_t i = 0; i < count; ++i) fillSlot(list, i, _attributes[i]);
+	return list.list;
 }
 
 
-const XMLString& FastInfosetParser::AttributeList::getType(const XMLString&) const
+inline void FastInfosetParser::fillSlot(AttributeList& list, std::size_t i, Attribute& attribute)
 {
-	return EMPTY_STRING;
+	AttributeList::Slot& held = list.slots[i];
+	Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;
+	const NameEntry& name = *attribute.pName;
+	if (held.pName != &name)
+	{
+		// Most attributes have no namespace: the one held may be it already.
+		if (!held.pName || held.pName->name.pUri != name.name.pUri) slot.namespaceURI = *name.name.pUri;
+		slot.localName = *name.name.pLocalName;
+		slot.qname = qualifiedName(name);
+		held.pName = &name;
+		if (name.excess) _trimAttributes = true;
+	}
+	// A value from a table that the slot holds already is left as it is.
+	if (attribute.pValue && held.pValue == attribute.pValue) return;
+	held.pValue = attribute.pValue;
+	if (attribute.pValue) slot.value = *attribute.pValue;
+	else if (attribute.pData) slot.value.assign(attribute.pData, attribute.length);
+	else slot.value = attribute.copy;
+	if (attribute.length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }
 
 
-const XMLString& FastInfosetParser::AttributeList::getType(const XMLString&, const XMLString&) const
+void FastInfosetParser::trimAttributeList()
+	/// Releases the long strings of the lists and of the attributes read,
+	/// so that they hold little between elements.
 {
-	return EMPTY_STRING;
-}
-
-
-const XMLString& FastInfosetParser::AttributeList::getValue(int i) const
-{
-	poco_assert (0 <= i && i < _count);
-	return _entries[i].value();
-}
-
-
-const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& qname) const
-{
-	int i = getIndex(qname);
-	return i < 0 ? EMPTY_STRING : _entries[i].value();
-}
-
-
-const XMLString& FastInfosetParser::AttributeList::getValue(const XMLString& uri, const XMLString& localName) const
-{
-	int i = getIndex(uri, localName);
-	return i < 0 ? EMPTY_STRING : _entries[i].value();
-}
-
-
-const XMLString& FastInfosetParser::AttributeList::getURI(int i) const
-{
-	poco_assert (0 <= i && i < _count);
-	return *_entries[i].pName->name.pUri;
+	const auto release = [](std::string& text)
+	{
+		if (text.capacity() > RETAINED_ATTRIBUTE_OCTETS) std::string().swap(text);
+	};
+	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	{
+		if (!pList) continue;
+		for (AttributeList::Slot& held: pList->slots)
+		{
+			Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;
+			release(slot.namespaceURI);
+			release(slot.localName);
+			release(slot.qname);
+			release(slot.value);
+			held.pName = nullptr;
+			held.pValue = nullptr;
+		}
+	}
+	for (Attribute& attribute: _attributes) release(attribute.copy);
+	if (_largeAttributes.getLength() > 0) _largeAttributes = Ixor::XML::AttributesImpl();
+	_trimAttributes = false;
 }
 
 

@@ -424,10 +424,21 @@ TEST(BitCodecTest, LenientIntegerPatternsAreKept)
 	lenient.pReader->skip(3);
 	Decoder::integer(*lenient.pReader, value);
 	EXPECT_EQ(263186u, value);
-	// p = 2: only '110000' starts the long form.
-	Source strict(fromBits("11 110001 00000000 00000000 00000000"), false);
-	strict.pReader->skip(2);
-	EXPECT_THAT(messageOf<Ixor::AssertionViolationException>([&] { Decoder::integer(*strict.pReader, value); }), HasSubstr("val == 48"));
+	// p = 2: only '110000' starts the long form; values above 2^20 that the
+	// lenient forms can spell are refused.
+	struct { const char* bits; int skip; const char* message; } refused[] =
+	{
+		{"11 110001 00000000 00000000 00000000", 2, "Integer uses a reserved form"},
+		{"1 1101111 11111111 11111111", 1, "Integer value larger than 2^20"},
+		{"111 11111 1111 11111111 11111111", 3, "Integer value larger than 2^20"},
+	};
+	for (const auto& c: refused)
+	{
+		SCOPED_TRACE(c.bits);
+		Source strict(fromBits(c.bits), false);
+		strict.pReader->skip(c.skip);
+		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&] { Decoder::integer(*strict.pReader, value); }));
+	}
 }
 
 

@@ -218,7 +218,7 @@ TEST(ConverterTest, BadInputRaisesTheComponentsExceptions)
 	std::ostringstream out;
 	EXPECT_THROW(Converter::convertToFIS(notXML, out, 0, 16), Ixor::XML::SAXParseException);
 	std::istringstream notFI("<a/>");
-	EXPECT_EQ("Not a valid Fast Infoset document (invalid header)", messageOf<FISException>([&] { Converter::convertToXML(notFI, out, 0); }));
+	EXPECT_EQ("Not a valid Fast Infoset document (invalid header) (at octet 2)", messageOf<FISException>([&] { Converter::convertToXML(notFI, out, 0); }));
 }
 
 

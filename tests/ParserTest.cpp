@@ -1,3 +1,5 @@
+#include "Ixor/FastInfoset/BitStreamWriter.h"
+#include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
@@ -5,6 +7,7 @@
 #include "TestSupport.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/ErrorHandler.h"
 #include "Poco/File.h"
 #include "Poco/NullStream.h"
 #include "Poco/Path.h"
@@ -17,6 +20,7 @@
 #include <random>
 #include <sstream>
 #include <stdexcept>
+#include <sys/stat.h>
 
 
 using namespace Ixor::FastInfoset;
@@ -30,11 +34,12 @@ namespace {
 const std::string HEADER = fromHex("e0 00 00 01");
 
 
-std::string events(const std::string& document)
+std::string events(const std::string& document, bool loadExternalVocabularies = false)
 	/// The events of a document as text; an exception ends them with its message.
 {
 	EventRecorder recorder;
 	FastInfosetParser parser;
+	parser.setLoadExternalVocabularies(loadExternalVocabularies);
 	recorder.attachTo(parser);
 	try
 	{
@@ -83,7 +88,8 @@ std::string sampleDocument()
 
 void expectRefusedCleanly(const std::string& input)
 	/// Parses input over memory and over a stream: either it is a document,
-	/// or an exception of the library's or the host's family ends the parse.
+	/// or an exception of the library's family, ending in the octet where
+	/// the fault was found, ends the parse.
 {
 	for (bool overStream: {false, true})
 	{
@@ -100,11 +106,9 @@ void expectRefusedCleanly(const std::string& input)
 			}
 			else parser.parseMemoryNP(input.data(), input.size());
 		}
-		catch (const Ixor::Exception&)
+		catch (const FISException& exc)
 		{
-		}
-		catch (const std::out_of_range&)
-		{
+			EXPECT_NE(std::string::npos, exc.message().find(" (at octet ")) << exc.message();
 		}
 	}
 }
@@ -120,51 +124,146 @@ TEST(ParserTest, ItemsTheWriterNeverProducesAreRead)
 		{"a UTF-16 chunk",
 			// 10 0 0 01 10|00000001: length 4, big-endian U+00C4 U+20AC
 			HEADER + fromHex("00 3c 00 72 86 01 00c4 20ac ff"),
-			"startDocument\nstartElement {}r \ncharacters \xC3\x84\xE2\x82\xAC\nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\ncharacters \xC3\x84\xE2\x82\xAC\nendElement {}r r\nendDocument\n"},
 		{"a chunk in a restricted alphabet of the initial vocabulary",
 			// initial vocabulary with one alphabet "abc" (index 16); the chunk:
 			// 10 0 0 10 00|001111 (alphabet 16) 00 (length 1), 1b = 00 01 10 11
 			HEADER + fromHex("20 0800 00 02 616263 3c 00 72 88 3c 1b ff"),
-			"startDocument\nstartElement {}r \ncharacters abc\nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\ncharacters abc\nendElement {}r r\nendDocument\n"},
 		{"an element name from the initial vocabulary",
 			// local name "a" and the surrogate (no prefix, no namespace, local 1);
 			// the element is index 1 at the third bit: 00 000000
 			HEADER + fromHex("20 0082 00 00 61 00 00 00 00 ff"),
-			"startDocument\nstartElement {}a \nendElement {}a \nendDocument\n"},
+			"startDocument\nstartElement {}a a\nendElement {}a a\nendDocument\n"},
 		{"additional data is skipped",
 			HEADER + fromHex("40 00 01 6964 00 78 3c 00 72 ff"),
-			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"encoding scheme, standalone and version are read and dropped",
 			HEADER + fromHex("07 04 5554462d38 01 02 312e30 3c 00 72 ff"),
-			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"an entity reference is reported to nobody",
 			HEADER + fromHex("00 3c 00 72 c8 00 65 ff"),
-			"startDocument\nstartElement {}r \nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"a literal added twice gets two indexes",
 			// "x" literal with add-to-table twice, then indexes 2 and 1: 10 1 00001, 10 1 00000
 			HEADER + fromHex("00 3c 00 72 90 78 90 78 a1 a0 ff"),
-			"startDocument\nstartElement {}r \ncharacters x\ncharacters x\ncharacters x\ncharacters x\nendElement {}r \nendDocument\n"},
+			"startDocument\nstartElement {}r r\ncharacters x\ncharacters x\ncharacters x\ncharacters x\nendElement {}r r\nendDocument\n"},
 		{"an unknown child code",
 			HEADER + fromHex("00 3c 00 72 e3"),
-			"startDocument\nstartElement {}r \n! Parse error: unknown element child code\n"},
+			"startDocument\nstartElement {}r r\n! Parse error: unknown element child code (at octet 8)\n"},
 		{"an invalid child code",
 			HEADER + fromHex("00 3c 00 72 cc"),
-			"startDocument\nstartElement {}r \n! Invalid child element\n"},
+			"startDocument\nstartElement {}r r\n! Invalid child element (at octet 8)\n"},
 		{"an element cut short",
 			HEADER + fromHex("00 3c 00 72"),
-			"startDocument\nstartElement {}r \n! Unexpected end of stream while parsing element children\n"},
+			"startDocument\nstartElement {}r r\n! Unexpected end of stream while parsing element children (at octet 8)\n"},
 		{"a chunk cut short uses the typed reader's spelling",
 			HEADER + fromHex("00 3c 00 72 90"),
-			"startDocument\nstartElement {}r \n! Unexpected end of stream while parsing octet string\n"},
+			"startDocument\nstartElement {}r r\n! Unexpected end of stream while parsing octet string (at octet 9)\n"},
 		{"an initial vocabulary without tables",
 			HEADER + fromHex("20 0000"),
-			"! Initial Vocabulary detected with zero information in it - at least one dictionary required\n"},
+			"! Initial Vocabulary detected with zero information in it - at least one dictionary required (at octet 7)\n"},
 	};
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(c.what);
 		EXPECT_EQ(c.events, events(c.document));
 	}
+}
+
+
+TEST(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
+{
+	struct Case { const char* what; std::string document; const char* exception; std::string message; };
+	const std::string root = HEADER + fromHex("00 3c 00 72");
+	const Case cases[] =
+	{
+		{"an element name index past the table", HEADER + fromHex("00 04 ff"),
+			// 0 0 000100: index 5 at the third bit
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the element name table (at octet 6)"},
+		{"a chunk index past the table", root + fromHex("a4 ff f0"),
+			// 10 1 00100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the content character chunk table (at octet 9)"},
+		{"an attribute value index past the table", HEADER + fromHex("00 7c 00 72 78 00 61 84 ff f0"),
+			// attribute "a" = 1 0000100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the attribute value table (at octet 12)"},
+		{"a prefix index past the table", HEADER + fromHex("00 38 c2 84 ff f0"),
+			// 0 0 111000, 1100 00 1 0, prefix 1 0000100
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the prefix table (at octet 8)"},
+		{"a name of the initial vocabulary with a prefix index past the table", HEADER + fromHex("20 0002 00 02 04 00 00 ff"),
+			// one element name surrogate: prefix 5, local name 1
+			"FastInfoset Encoding Exception", "Index 5 names no entry of the prefix table (at octet 12)"},
+		{"a reserved integer form", HEADER + fromHex("00 31 00 00 00 ff"),
+			// 0 0 110001
+			"FastInfoset Encoding Exception", "Integer uses a reserved form (at octet 6)"},
+		{"an integer above 2^20", root + fromHex("bf ff ff ff ff f0"),
+			// 10 1 11111, 4 + 20 bits of 1
+			"FastInfoset Encoding Exception", "Integer value larger than 2^20 (at octet 12)"},
+		{"notations without their terminator", HEADER + fromHex("10 ff"),
+			"FastInfoset Encoding Exception", "Invalid terminator of notations (at octet 5)"},
+		{"unparsed entities without their terminator", HEADER + fromHex("08 ff"),
+			"FastInfoset Encoding Exception", "Invalid terminator of unparsed entities (at octet 5)"},
+		{"a document type declaration without its terminator", HEADER + fromHex("00 c4 00"),
+			"FastInfoset Encoding Exception", "Invalid terminator of document type declaration (at octet 6)"},
+		{"an undefined restricted alphabet", root + fromHex("88 4c 00 ff f0"),
+			// 10 0 0 10 00|010011: alphabet 20
+			"FastInfoset Encoding Exception", "Restricted alphabet 20 is not defined (at octet 9)"},
+		{"an unknown encoding algorithm", root + fromHex("8c 50 00 ff f0"),
+			// 10 0 0 11 00|010100: algorithm 21
+			"FastInfoset Exception", "Invalid decoding defined (at octet 9)"},
+		{"a document cut short", root.substr(0, root.size() - 1),
+			"FastInfoset Parse Exception", "Unexpected end of stream while parsing octet string (at octet 7)"},
+	};
+
+	struct Errors: public Ixor::XML::ErrorHandler
+	{
+		std::vector<std::string> fatal;
+		void warning(const Ixor::XML::SAXException&) override {}
+		void error(const Ixor::XML::SAXException&) override {}
+		void fatalError(const Ixor::XML::SAXException& exc) override { fatal.push_back(exc.message()); }
+	};
+	for (const Case& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		for (bool overStream: {false, true})
+		{
+			Errors errors;
+			Ixor::XML::DefaultHandler handler;
+			FastInfosetParser parser;
+			parser.setContentHandler(&handler);
+			parser.setErrorHandler(&errors);
+			std::string thrown = "no exception";
+			try
+			{
+				std::istringstream in(c.document);
+				Ixor::XML::InputSource source(in);
+				if (overStream) parser.parse(&source);
+				else parser.parseMemoryNP(c.document.data(), c.document.size());
+			}
+			catch (const FISException& exc)
+			{
+				thrown = std::string(exc.name()) + ": " + exc.message();
+			}
+			EXPECT_EQ(std::string(c.exception) + ": " + c.message, thrown);
+			EXPECT_EQ(std::vector<std::string>{c.message}, errors.fatal);
+		}
+	}
+
+	// What a handler throws passes as it is, and is no fault of the input.
+	struct Stopping: public Ixor::XML::DefaultHandler
+	{
+		void startElement(const std::string&, const std::string&, const std::string&, const Ixor::XML::Attributes&) override
+		{
+			throw FISException("stop");
+		}
+	} stopping;
+	Errors errors;
+	FastInfosetParser parser;
+	parser.setContentHandler(&stopping);
+	parser.setErrorHandler(&errors);
+	const std::string document = root + fromHex("ff");
+	EXPECT_EQ("stop", messageOf<FISException>([&] { parser.parseMemoryNP(document.data(), document.size()); }));
+	EXPECT_TRUE(errors.fatal.empty());
 }
 
 
@@ -182,13 +281,13 @@ TEST(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
 		w.endDocument();
 	}
 	const std::string document = out.str();
-	EXPECT_EQ("startDocument\nstartElement {}r \nstartCDATA\ncharacters x<y\nendCDATA\nendElement {}r \nendDocument\n", events(document));
+	EXPECT_EQ("startDocument\nstartElement {}r r\nstartCDATA\ncharacters x<y\nendCDATA\nendElement {}r r\nendDocument\n", events(document));
 
 	EventRecorder recorder;
 	FastInfosetParser parser;
 	parser.setContentHandler(&recorder);
 	parser.parseMemoryNP(document.data(), document.size());
-	EXPECT_EQ("startDocument\nstartElement {}r \ncharacters x<y\nendElement {}r \nendDocument\n", recorder.text());
+	EXPECT_EQ("startDocument\nstartElement {}r r\ncharacters x<y\nendElement {}r r\nendDocument\n", recorder.text());
 }
 
 
@@ -222,16 +321,69 @@ TEST(ParserTest, FeaturesAndPropertiesRefuseWhatTheyDoNotKnow)
 
 TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 {
-	const std::string document = sampleDocument();
+	// As the host's parser reports them: qualified names of elements and
+	// attributes with the feature on, none with it off; attributes of type
+	// CDATA in the host's own list, which its DOM builder needs.
+	struct Names: public Ixor::XML::DefaultHandler
+	{
+		std::vector<std::string> lines;
+
+		void startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes) override
+		{
+			std::string line = "{" + uri + "}" + localName + " " + qname;
+			for (int i = 0; i < attributes.getLength(); ++i)
+				line += " {" + attributes.getURI(i) + "}" + attributes.getLocalName(i) + "[" + attributes.getQName(i) + "|" + attributes.getType(i) + "]";
+			const Ixor::XML::AttributesImpl* pList = dynamic_cast<const Ixor::XML::AttributesImpl*>(&attributes);
+			if (pList) line += " " + std::to_string(pList->end() - pList->begin()) + " in the host's list";
+			lines.push_back(line);
+		}
+
+		void endElement(const std::string& uri, const std::string& localName, const std::string& qname) override
+		{
+			lines.push_back("/{" + uri + "}" + localName + " " + qname);
+		}
+	};
+
+	std::ostringstream out;
+	{
+		FastInfosetWriter w(out);
+		w.startDocument();
+		w.startPrefixMapping("p", "urn:p");
+		w.startPrefixMapping("q", "urn:q");
+		Ixor::XML::AttributesImpl attributes;
+		attributes.addAttribute("", "a", "a", "CDATA", "1");
+		attributes.addAttribute("urn:q", "b", "q:b", "CDATA", "2");
+		w.startElement("urn:p", "root", "p:root", attributes);
+		w.emptyElement("", "plain", "plain", attributes);
+		w.endElement("urn:p", "root", "p:root");
+		w.endPrefixMapping("q");
+		w.endPrefixMapping("p");
+		w.endDocument();
+	}
+	const std::string document = out.str();
+	const std::vector<std::string> withPrefixes =
+	{
+		"{urn:p}root p:root {}a[a|CDATA] {urn:q}b[q:b|CDATA] 2 in the host's list",
+		"{}plain plain {}a[a|CDATA] {urn:q}b[q:b|CDATA] 2 in the host's list",
+		"/{}plain plain",
+		"/{urn:p}root p:root",
+	};
+	const std::vector<std::string> withoutPrefixes =
+	{
+		"{urn:p}root  {}a[|CDATA] {urn:q}b[|CDATA] 2 in the host's list",
+		"{}plain  {}a[|CDATA] {urn:q}b[|CDATA] 2 in the host's list",
+		"/{}plain ",
+		"/{urn:p}root ",
+	};
 	for (bool prefixes: {true, false})
 	{
-		EventRecorder recorder;
+		SCOPED_TRACE(prefixes);
+		Names names;
 		FastInfosetParser parser;
 		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, prefixes);
-		parser.setContentHandler(&recorder);
+		parser.setContentHandler(&names);
 		parser.parseMemoryNP(document.data(), document.size());
-		EXPECT_EQ(prefixes ? "startElement {urn:p}root p:root {}a[|]=value {urn:p}b[|]=value" : "startElement {urn:p}root  {}a[|]=value {urn:p}b[|]=value",
-			recorder.lines.at(2));
+		EXPECT_EQ(prefixes ? withPrefixes : withoutPrefixes, names.lines);
 	}
 }
 
@@ -259,6 +411,89 @@ TEST(ParserTest, OneParserReadsSeveralDocuments)
 		parser.parse(&source);
 		EXPECT_EQ(once, recorder.text());
 	}
+}
+
+
+namespace {
+
+
+class OneWayBuf: public std::streambuf
+	/// A stream buffer over a string that cannot seek, as a pipe or socket.
+{
+public:
+	explicit OneWayBuf(const std::string& data):
+		_data(data)
+	{
+		char* p = const_cast<char*>(_data.data());
+		setg(p, p, p + _data.size());
+	}
+
+private:
+	std::string _data;
+};
+
+
+} // namespace
+
+
+TEST(ParserTest, SeveralDocumentsFollowOneAnother)
+{
+	// Documents of different sizes, one larger than the reader's buffer, one
+	// whose last octet holds the terminators of element and document.
+	std::vector<std::string> documents;
+	std::vector<std::string> expected;
+	for (std::size_t size: {10, 3000, 1})
+	{
+		std::ostringstream out;
+		{
+			FastInfosetWriter w(out);
+			w.startDocument();
+			w.startElement("", "r", "r");
+			w.characters(std::string(size, 'x'));
+			w.endElement("", "r", "r");
+			w.endDocument();
+		}
+		documents.push_back(out.str());
+		expected.push_back("startDocument\nstartElement {}r r\ncharacters " + std::string(size, 'x') + "\nendElement {}r r\nendDocument\n");
+	}
+	const std::string all = documents[0] + documents[1] + documents[2];
+
+	std::stringstream seekable(all);
+	OneWayBuf oneWay(all);
+	std::istream unseekable(&oneWay);
+	for (std::istream* pStream: {static_cast<std::istream*>(&seekable), &unseekable})
+	{
+		SCOPED_TRACE(pStream == &seekable ? "a stream that seeks" : "a stream that cannot seek");
+		FastInfosetParser parser;
+		EventRecorder recorder;
+		recorder.attachTo(parser);
+		for (std::size_t i = 0; i < documents.size(); ++i)
+		{
+			recorder.lines.clear();
+			Ixor::XML::InputSource source(*pStream);
+			parser.parse(&source);
+			EXPECT_EQ(expected[i], recorder.text());
+			EXPECT_EQ(documents[i].size(), parser.lastDocumentSize());
+		}
+		// The stream is at its end: a fourth parse finds no document.
+		Ixor::XML::InputSource source(*pStream);
+		EXPECT_THROW(parser.parse(&source), FISException);
+	}
+	EXPECT_EQ(static_cast<std::streamoff>(all.size()), (seekable.clear(), seekable.tellg()));
+
+	// In memory, each document starts where the last one ended.
+	FastInfosetParser parser;
+	EventRecorder recorder;
+	recorder.attachTo(parser);
+	std::size_t offset = 0;
+	for (const std::string& events: expected)
+	{
+		recorder.lines.clear();
+		parser.parseMemoryNP(all.data() + offset, all.size() - offset);
+		EXPECT_EQ(events, recorder.text());
+		offset += parser.lastDocumentSize();
+	}
+	EXPECT_EQ(all.size(), offset);
 }
 
 
@@ -309,14 +544,13 @@ TEST(ParserTest, DeepNestingIsLimited)
 	// The first element names "r" literally; each further one is index 1.
 	const int depth = 200000;
 	std::string document = HEADER + fromHex("00 3c 00 72") + std::string(depth - 1, '\0');
-	EXPECT_EQ("Maximum element depth exceeded", messageOf<FISParseException>([&]
+	EXPECT_EQ("Maximum element depth exceeded (at octet 10007)", messageOf<FISParseException>([&]
 	{
 		FastInfosetParser parser;
 		parser.parseMemoryNP(document.data(), document.size());
 	}));
 
-	// Every element that ends reports the declarations of the element read
-	// last again: their number per element is limited too.
+	// The number of declarations per element is limited too.
 	std::ostringstream declarations;
 	{
 		FastInfosetWriter w(declarations, false, DocumentVocabulary::VOC_MAP);
@@ -328,7 +562,7 @@ TEST(ParserTest, DeepNestingIsLimited)
 	const std::string declared = declarations.str();
 	FastInfosetParser limited;
 	limited.setMaxNamespaceDeclarations(10);
-	EXPECT_EQ("Maximum number of namespace declarations exceeded",
+	EXPECT_EQ("Maximum number of namespace declarations exceeded (at octet 58)",
 		messageOf<FISParseException>([&] { limited.parseMemoryNP(declared.data(), declared.size()); }));
 	limited.setMaxNamespaceDeclarations(11);
 	limited.parseMemoryNP(declared.data(), declared.size());
@@ -425,13 +659,13 @@ std::string documentAgainst(const DocumentVocabulary& vocabulary, const std::str
 } // namespace
 
 
-TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
+TEST(ParserTest, ExternalVocabulariesAreLoadedOnlyWhenAllowed)
 {
 	ExternalVocabularyFiles files;
 	const std::string expected =
 		"startDocument\nstartPrefixMapping ns1=urn:v\nstartElement {urn:v}v ns1:v\nstartPrefixMapping p=urn:p\n"
-		"startElement {urn:p}name p:name {}kind[|]=k\ncharacters text\nendElement {urn:p}name p:name\nendPrefixMapping p\n"
-		"endElement {urn:v}v ns1:v\nendPrefixMapping p\nendDocument\n";
+		"startElement {urn:p}name p:name {}kind[kind|CDATA]=k\ncharacters text\nendElement {urn:p}name p:name\nendPrefixMapping p\n"
+		"endElement {urn:v}v ns1:v\nendPrefixMapping ns1\nendDocument\n";
 	for (const char* name: {"vocab.xml", "VOCAB.XML", "vocab.fi"})
 	{
 		SCOPED_TRACE(name);
@@ -439,30 +673,37 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
 		const std::string document = documentAgainst(files.vocabulary, uri);
 		// Only the URI is written: every name and string is an index.
 		EXPECT_EQ(std::string::npos, document.find("text"));
-		EXPECT_EQ(expected, events(document));
+		EXPECT_EQ(expected, events(document, true));
 
-		FastInfosetParser cautious;
-		cautious.setLoadExternalVocabularies(false);
-		EXPECT_EQ("External vocabulary loading is disabled: " + uri,
-			messageOf<FISException>([&] { cautious.parseMemoryNP(document.data(), document.size()); }));
+		// By default a document cannot make the parser open a file.
+		const std::string offset = " (at octet " + std::to_string(document.find(uri) + uri.size()) + ")";
+		EXPECT_EQ("External vocabulary loading is disabled (FastInfosetParser::setLoadExternalVocabularies): " + uri + offset,
+			messageOf<FISException>([&] { FastInfosetParser().parseMemoryNP(document.data(), document.size()); }));
 	}
 
-	// A vocabulary given in advance under the URI is used as it is: the file
-	// it names need not exist, and it is not reloaded for the next document.
-	const std::string missing = files.path("missing.fi");
-	Poco::NullOutputStream nowhere;
-	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(missing, DocumentVocabulary::VOC_HASH));
-	ExternalVocabularyFiles::feedXML("<v xmlns='urn:v' xmlns:p='urn:p'><p:name kind='k'>text</p:name><other/></v>", collector);
-	const std::string document = documentAgainst(files.vocabulary, missing);
-	EXPECT_NE(std::string::npos, events(document).find("! "));
-	EventRecorder recorder;
-	FastInfosetParser parser(collector.getDocumentVocabulary());
-	recorder.attachTo(parser);
-	for (int i = 0; i < 2; ++i)
+	// What is not a regular file, or is too large, is refused before it is read.
+	ASSERT_EQ(0, ::mkfifo(files.path("fifo").c_str(), 0600));
+	const std::string vocabularyFile = files.path("vocab.fi");
+	const std::uint64_t vocabularySize = Poco::File(vocabularyFile).getSize();
+	struct { std::string uri; std::uint64_t limit; std::string message; } refused[] =
 	{
-		recorder.lines.clear();
-		parser.parseMemoryNP(document.data(), document.size());
-		EXPECT_EQ(expected, recorder.text());
+		{files.path("fifo"), 1000, "External vocabulary is not a regular file: " + files.path("fifo")},
+		{files.folder.path(), 1000, "External vocabulary is not a regular file: " + files.folder.path()},
+		{"/dev/zero", 1000, "External vocabulary is not a regular file: /dev/zero"},
+		{"http://example.com/v.fi", 1000, "External vocabulary is not a local file: http://example.com/v.fi"},
+		{vocabularyFile, vocabularySize - 1, "External vocabulary is larger than " + std::to_string(vocabularySize - 1)
+			+ " octets (FastInfosetParser::setMaxExternalVocabularySize): " + vocabularyFile},
+		{"file://" + vocabularyFile, vocabularySize, ""},
+	};
+	for (const auto& c: refused)
+	{
+		SCOPED_TRACE(c.uri);
+		FastInfosetParser parser;
+		parser.setLoadExternalVocabularies(true);
+		parser.setMaxExternalVocabularySize(c.limit);
+		DocumentVocabulary loaded;
+		const std::string message = messageOf<FISException>([&] { parser.loadExternalVocabulary(c.uri, loaded); });
+		EXPECT_EQ(c.message.empty() ? "no exception" : c.message, message);
 	}
 
 	// A vocabulary document as XML may hold any number of strings: it is not
@@ -474,12 +715,87 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedAsXMLOrFastInfoset)
 	FastInfosetWriter commentsCollector(ignored, false, DocumentVocabulary::VOC_MAP);
 	ExternalVocabularyFiles::feedXML(manyComments + "</v>", commentsCollector);
 	const std::string commentsDocument = documentAgainst(commentsCollector.getDocumentVocabulary(), files.path("comments.xml"));
-	EXPECT_EQ(std::string::npos, events(commentsDocument).find("! "));
+	EXPECT_EQ(std::string::npos, events(commentsDocument, true).find("! "));
 
 	// A vocabulary document that names itself ends in an exception, not in
 	// endless recursion.
 	const std::string self = files.path("self.fi");
 	files.write("self.fi", documentAgainst(files.vocabulary, self));
-	EXPECT_EQ("External vocabularies nested too deeply: " + self,
-		messageOf<FISException>([&] { FastInfosetParser().parse(self); }));
+	FastInfosetParser parser;
+	parser.setLoadExternalVocabularies(true);
+	const std::string message = messageOf<FISException>([&] { parser.parse(self); });
+	EXPECT_NE(std::string::npos, message.find("External vocabularies nested too deeply: " + self)) << message;
+}
+
+
+TEST(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
+{
+	// Given under a URI, it is used without loading: the file need not exist.
+	ExternalVocabularyFiles files;
+	const std::string missing = files.path("missing.fi");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(missing, DocumentVocabulary::VOC_HASH));
+	ExternalVocabularyFiles::feedXML("<v xmlns='urn:v' xmlns:p='urn:p'><p:name kind='k'>text</p:name><other/></v>", collector);
+	const DocumentVocabulary& given = collector.getDocumentVocabulary();
+	const std::string against = documentAgainst(given, missing);
+	EXPECT_NE(std::string::npos, events(against).find("! "));
+
+	// A document that adds a chunk after the vocabulary's last one; a
+	// document without initial vocabulary; then one that repeats the added
+	// chunk's index, which must name nothing.
+	const unsigned int next = static_cast<unsigned int>(given.vocabulary(DocumentVocabulary::CONTENT_CHARACTER_CHUNK)->size());
+	std::ostringstream adding;
+	{
+		FastInfosetWriter writer(adding, false, given);
+		writer.setExternalVocabulary(missing, given);
+		writer.startDocument();
+		writer.startElement("", "r", "r");
+		writer.characters("added");
+		writer.endElement("", "r", "r");
+		writer.endDocument();
+	}
+	std::ostringstream repeating;
+	{
+		// Against the vocabulary: an element "r" holding chunk index next.
+		BitStreamWriter w(repeating, false);
+		w.write(0xE0000001u, 32);
+		w.write(0x20u, 8);          // 0 0100000: an initial vocabulary
+		w.write(0x1000u, 16);       // 000 1000000000000: only an external vocabulary
+		w.write(false);
+		Encoder::nonEmptyOctetString(w, missing);
+		w.write(0x3C0072u, 24);     // element "r"
+		w.write(5u, 3);             // 10 1: a chunk by index
+		Encoder::integer(w, next);
+		w.write(0xFFu, 8);
+	}
+	const std::string plain = HEADER + fromHex("00 3c 00 72 ff");
+	struct { const char* what; std::string document; std::string events; } documents[] =
+	{
+		{"against the vocabulary", against, ""},
+		{"adding a chunk", adding.str(), "startDocument\nstartElement {}r r\ncharacters added\nendElement {}r r\nendDocument\n"},
+		{"without initial vocabulary", plain, "startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
+		{"against it again", against, ""},
+		{"naming the added chunk", repeating.str(), "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
+			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.str().size() - 1) + ")\n"},
+	};
+	EventRecorder recorder;
+	FastInfosetParser parser(given);
+	recorder.attachTo(parser);
+	std::string firstEvents;
+	for (const auto& d: documents)
+	{
+		SCOPED_TRACE(d.what);
+		recorder.lines.clear();
+		try
+		{
+			parser.parseMemoryNP(d.document.data(), d.document.size());
+		}
+		catch (const Ixor::Exception& exc)
+		{
+			recorder.lines.push_back("! " + exc.message());
+		}
+		if (firstEvents.empty()) firstEvents = recorder.text();
+		EXPECT_EQ(d.events.empty() ? firstEvents : d.events, recorder.text());
+	}
+	EXPECT_NE(std::string::npos, firstEvents.find("characters text"));
 }

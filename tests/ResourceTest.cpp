@@ -167,12 +167,12 @@ std::size_t entriesOf(const DocumentVocabulary& vocabulary)
 }
 
 
-Outcome parse(const std::string& document, bool overStream = false)
+Outcome parse(const std::string& document, bool overStream = false, Ixor::UInt64 amplificationThreshold = FastInfosetParser::DEFAULT_AMPLIFICATION_THRESHOLD)
 {
 	Ixor::XML::DefaultHandler handler;
 	FastInfosetParser parser;
 	parser.setContentHandler(&handler);
-	parser.setLoadExternalVocabularies(false);
+	parser.setAmplificationThreshold(amplificationThreshold);
 	std::istringstream in(document);
 	Ixor::XML::InputSource source(in);
 
@@ -400,10 +400,86 @@ TEST(ResourceTest, LargeDocumentsStayWithinTimeMemoryAndVocabulary)
 }
 
 
+TEST(ResourceTest, QualifiedNamesTakeMemoryInProportionToTheInput)
+{
+	// Literal qualified names that point by index to long prefixes and local
+	// names: each element is reported as "prefix:local".
+	const std::size_t S = 10 * KB;
+	const std::string onePair = Document().bits(0, 7)
+		.bits(0x3F, 8).bits(0, 1).string(std::string(S, 'p')).bits(0, 1).string("urn:u").bits(0, 1).string(std::string(S, 'l'))
+		// The end of the element before, then 0 0 1111 11 and prefix 2,
+		// namespace 2 and local name 1 by index.
+		.repeat(10000, [](Document& d) { d.bits(0xF0, 8).bits(0x3F, 8).bits(0x81, 8).bits(0x81, 8).bits(0x80, 8); })
+		.bits(0xFF, 8).done();
+
+	// 128 prefixes and 128 local names of 1 KB in the initial vocabulary, and
+	// an element for each pair of them.
+	const std::size_t K = 128;
+	Document pairs;
+	pairs.bits(0x20, 7).bits(0x0280, 16).bits(K - 1, 8)
+		.repeat(K, [](Document& d) { d.bits(0, 1).string(std::string(KB, 'p')); }).bits(K - 1, 8)
+		.repeat(K, [](Document& d) { d.bits(0, 1).string(std::string(KB, 'l')); });
+	for (unsigned int prefix = 2; prefix < K + 2; ++prefix)
+	{
+		for (unsigned int local = 1; local <= K; ++local)
+		{
+			// The end of the element before, then 0 0 1111 10: a prefix and
+			// no namespace.
+			if (prefix > 2 || local > 1) pairs.bits(0xF0, 8);
+			pairs.bits(0x3E, 8).bits(1, 1).integer(prefix).bits(1, 1).integer(local);
+		}
+	}
+	const std::string manyPairs = pairs.bits(0xFF, 8).done();
+
+	for (const std::string& document: {onePair, manyPairs})
+	{
+		SCOPED_TRACE(document.size());
+		// Without the limit on amplification, which would stop them early.
+		const Outcome outcome = parse(document, false, ~Ixor::UInt64(0));
+		EXPECT_EQ("", outcome.error);
+		EXPECT_LE(outcome.peak, MB + 16 * document.size());
+	}
+}
+
+
+TEST(ResourceTest, WhatIsDeliveredByIndexIsLimited)
+{
+	// A 100 KB chunk added to the table and repeated by index; a 100 KB
+	// element name repeated by index.
+	const std::string chunk(100 * KB, 'x');
+	const auto chunks = [&](std::size_t repeats)
+	{
+		return Document().root().bits(2, 2).bits(1, 2).bits(0, 2).length(chunk.size()).octets(chunk)
+			.repeat(repeats, [](Document& d) { d.bits(0xA0, 8); }).bits(0xFF, 8).done();
+	};
+	const auto names = [&](std::size_t repeats)
+	{
+		return Document().bits(0, 7).bits(0x3C, 8).bits(0, 1).string(chunk).bits(0xF0, 8)
+			.repeat(repeats, [](Document& d) { d.bits(0x00, 8).bits(0xF0, 8); }).bits(0x00, 8).bits(0xFF, 8).done();
+	};
+	struct { const char* what; std::string document; bool refused; } cases[] =
+	{
+		{"a chunk 10,000 times", chunks(10000), true},
+		{"a chunk 60 times: below the threshold", chunks(60), false},
+		{"a chunk 90 times: above the threshold, below the factor", chunks(90), false},
+		{"a name 10,000 times", names(10000), true},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		const Outcome outcome = parse(c.document);
+		if (c.refused) EXPECT_EQ(0u, outcome.error.find("Amplification limit exceeded")) << outcome.error;
+		else EXPECT_EQ("", outcome.error);
+		EXPECT_LT(outcome.seconds, SECONDS);
+		EXPECT_LE(outcome.peak, MB + 2 * GROWTH * TEXT_PER_OCTET * c.document.size());
+	}
+}
+
+
 TEST(ResourceTest, DepthIsLimitedByDefault)
 {
 	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](Document& d) { d.bits(0, 8); }).done();
-	EXPECT_EQ("Maximum element depth exceeded", parse(deep).error);
+	EXPECT_EQ("Maximum element depth exceeded (at octet " + std::to_string(deep.size() - 1) + ")", parse(deep).error);
 	EXPECT_EQ(10000u, FastInfosetParser().getMaxElementDepth());
 }
 

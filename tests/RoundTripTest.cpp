@@ -1,11 +1,18 @@
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
 #include "TestSupport.h"
 #include "Poco/DirectoryIterator.h"
+#include "Poco/DOM/DOMBuilder.h"
+#include "Poco/DOM/DOMParser.h"
+#include "Poco/DOM/DOMWriter.h"
+#include "Poco/DOM/Document.h"
+#include "Poco/DOM/Element.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include "Poco/SAX/InputSource.h"
+#include "Poco/SAX/LexicalHandler.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
 #include <gtest/gtest.h>
@@ -128,6 +135,170 @@ TEST(RoundTripTest, DataFilesKeepTheirEventsThroughWriterAndParser)
 }
 
 
+namespace {
+
+
+class HostEvents: public Ixor::XML::ContentHandler, public Ixor::XML::LexicalHandler, public Ixor::XML::DTDHandler
+	/// Every event as a line, as the host's parser and ours must both report
+	/// it, except what the format does not keep: how text is cut into
+	/// characters() calls, CDATA markers, and what is inside the DTD.
+{
+public:
+	explicit HostEvents(bool blankQNames = false):
+		_blankQNames(blankQNames)
+	{
+	}
+
+	std::vector<std::string> lines;
+
+	void attachTo(XMLReader& reader)
+	{
+		reader.setContentHandler(this);
+		reader.setDTDHandler(this);
+		reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(this));
+	}
+
+	void setDocumentLocator(const Ixor::XML::Locator*) override {}
+	void startDocument() override { add("startDocument"); }
+	void endDocument() override { add("endDocument"); }
+
+	void startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes) override
+	{
+		std::string line = "startElement {" + uri + "}" + localName + " " + qualified(qname);
+		const Ixor::XML::AttributesImpl* pList = dynamic_cast<const Ixor::XML::AttributesImpl*>(&attributes);
+		if (!pList) line += " (not the host's list)";
+		for (int i = 0; i < attributes.getLength(); ++i)
+		{
+			line += " {" + attributes.getURI(i) + "}" + attributes.getLocalName(i) + "[" + qualified(attributes.getQName(i)) + "|"
+				+ attributes.getType(i) + "]=" + attributes.getValue(i);
+		}
+		add(line);
+	}
+
+	void endElement(const std::string& uri, const std::string& localName, const std::string& qname) override
+	{
+		add("endElement {" + uri + "}" + localName + " " + qualified(qname));
+	}
+
+	void characters(const char ch[], int start, int length) override
+	{
+		if (_inDTD) return;
+		if (!lines.empty() && lines.back().compare(0, 11, "characters ") == 0) lines.back().append(ch + start, length);
+		else add("characters " + std::string(ch + start, length));
+	}
+
+	void ignorableWhitespace(const char ch[], int start, int length) override { characters(ch, start, length); }
+	void processingInstruction(const std::string& target, const std::string& data) override { add("pi " + target + " " + data); }
+	void startPrefixMapping(const std::string& prefix, const std::string& uri) override { add("startPrefixMapping " + prefix + "=" + uri); }
+	void endPrefixMapping(const std::string& prefix) override { add("endPrefixMapping " + prefix); }
+	void skippedEntity(const std::string& name) override { add("skippedEntity " + name); }
+
+	void startDTD(const std::string&, const std::string& publicId, const std::string& systemId) override
+	{
+		add("startDTD public=" + publicId + " system=" + systemId);
+		_inDTD = true;
+	}
+	void endDTD() override { _inDTD = false; add("endDTD"); }
+	void startEntity(const std::string&) override {}
+	void endEntity(const std::string&) override {}
+	void startCDATA() override {}
+	void endCDATA() override {}
+	void comment(const char ch[], int start, int length) override { add("comment " + std::string(ch + start, length)); }
+
+	void notationDecl(const std::string& name, const std::string*, const std::string*) override { add("notation " + name); }
+	void unparsedEntityDecl(const std::string& name, const std::string*, const std::string&, const std::string&) override { add("unparsedEntity " + name); }
+
+private:
+	void add(const std::string& line)
+	{
+		if (!_inDTD) lines.push_back(line);
+	}
+
+	std::string qualified(const std::string& qname) const
+	{
+		return _blankQNames ? std::string() : qname;
+	}
+
+	bool _blankQNames;
+	bool _inDTD = false;
+};
+
+
+} // namespace
+
+
+TEST(RoundTripTest, TheParserReportsWhatTheHostParserReports)
+{
+	// The host's parser with namespace prefixes off reports a stale
+	// namespace name for an unprefixed element after a prefixed one; with
+	// them on it is right, and what it reports then, without qualified
+	// names, is what is right with them off.
+	for (const std::string& path: dataFiles())
+	{
+		std::ifstream xml(path, std::ios::binary);
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi, 0, 16);
+		const std::string document = fi.str();
+		for (bool prefixes: {true, false})
+		{
+			SCOPED_TRACE(path + (prefixes ? " with namespace prefixes" : " without namespace prefixes"));
+			HostEvents expected(!prefixes);
+			{
+				std::ifstream in(path, std::ios::binary);
+				Ixor::XML::SAXParser host;
+				host.setFeature(XMLReader::FEATURE_NAMESPACES, true);
+				host.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
+				expected.attachTo(host);
+				Ixor::XML::InputSource source(in);
+				host.parse(&source);
+			}
+			HostEvents actual;
+			FastInfosetParser parser;
+			parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, prefixes);
+			actual.attachTo(parser);
+			parser.parseMemoryNP(document.data(), document.size());
+			EXPECT_EQ("", firstDifference(expected.lines, actual.lines));
+			EXPECT_GT(expected.lines.size(), 20u);
+		}
+	}
+}
+
+
+TEST(RoundTripTest, TheHostsDOMBuilderBuildsTheDocumentItsParserBuilds)
+{
+	// The DOM builder takes the attribute list for the host's own, and walks
+	// its entries directly.
+	for (const std::string& path: dataFiles())
+	{
+		SCOPED_TRACE(path);
+		Poco::XML::DOMParser domParser;
+		Poco::AutoPtr<Poco::XML::Document> pExpected = domParser.parse(path);
+
+		std::ifstream xml(path, std::ios::binary);
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi, 0, 16);
+		const std::string document = fi.str();
+		FastInfosetParser parser;
+		Poco::XML::DOMBuilder builder(parser);
+		Ixor::XML::InputSource source;
+		std::istringstream in(document);
+		source.setByteStream(in);
+		Poco::AutoPtr<Poco::XML::Document> pActual = builder.parse(&source);
+
+		const auto text = [](const Poco::XML::Document* pDocument)
+		{
+			// Only the root element: the document type node differs by design.
+			std::ostringstream out;
+			Poco::XML::DOMWriter writer;
+			writer.writeNode(out, pDocument->documentElement());
+			return out.str();
+		};
+		EXPECT_EQ(text(pExpected), text(pActual));
+		EXPECT_GT(text(pActual).size(), 100u);
+	}
+}
+
+
 TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
 {
 	const std::string document = written([](FastInfosetWriter& w) { (void) w; });
@@ -180,7 +351,7 @@ TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
 		"startPrefixMapping =urn:default",
 		"startPrefixMapping a=urn:a",
 		"startPrefixMapping b=urn:b",
-		"startElement {urn:default}root  {urn:a}x[|]=1 {}y[|]=",
+		"startElement {urn:default}root root {urn:a}x[a:x|CDATA]=1 {}y[y|CDATA]=",
 		"startPrefixMapping ns1=urn:generated",
 		"startElement {urn:generated}child ns1:child",
 		"characters text",
@@ -196,9 +367,11 @@ TEST(RoundTripTest, StructureAndDeclarationsComeBackAsWritten)
 		"startElement {urn:b}leaf b:leaf",
 		"endElement {urn:b}leaf b:leaf",
 		"endPrefixMapping ns1",
-		// The declaration list is the one of the element read last.
-		"endElement {urn:default}root ",
-		"endPrefixMapping ns1",
+		// Each element's own declarations end after it, last declared first.
+		"endElement {urn:default}root root",
+		"endPrefixMapping b",
+		"endPrefixMapping a",
+		"endPrefixMapping ",
 		"endDocument",
 	};
 	EXPECT_EQ(expected, parsed(out.str()));
@@ -224,25 +397,25 @@ TEST(RoundTripTest, TypedValuesArriveTypedOrAsText)
 	});
 	const std::vector<std::string> typed =
 	{
-		"startDocument", "startElement {}r ", "short -32768", "short 32767",
-		"startElement {}i ", "int -2147483648", "int 2147483647", "endElement {}i ",
-		"startElement {}l ", "long -9223372036854775808", "endElement {}l ",
-		"startElement {}b ", "bool true", "bool false", "bool true", "endElement {}b ",
-		"startElement {}f ", "float 1.5", "float 0", "endElement {}f ",
-		"startElement {}d ", "double -2.25", "endElement {}d ",
-		"startElement {}u ", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8", "endElement {}u ",
-		"startElement {}x ", "binaryData 00FF10", "endElement {}x ",
-		"endElement {}r ", "endDocument",
+		"startDocument", "startElement {}r r", "short -32768", "short 32767",
+		"startElement {}i i", "int -2147483648", "int 2147483647", "endElement {}i i",
+		"startElement {}l l", "long -9223372036854775808", "endElement {}l l",
+		"startElement {}b b", "bool true", "bool false", "bool true", "endElement {}b b",
+		"startElement {}f f", "float 1.5", "float 0", "endElement {}f f",
+		"startElement {}d d", "double -2.25", "endElement {}d d",
+		"startElement {}u u", "uuid 6ba7b810-9dad-11d1-80b4-00c04fd430c8", "endElement {}u u",
+		"startElement {}x x", "binaryData 00FF10", "endElement {}x x",
+		"endElement {}r r", "endDocument",
 	};
 	EXPECT_EQ(typed, parsed(document));
 
 	const std::vector<std::string> text = parsed(document, false);
 	const std::vector<std::string> expectedText =
 	{
-		"startElement {}r ", "characters -32768 32767",
-		"startElement {}i ", "characters -2147483648 2147483647", "endElement {}i ",
-		"startElement {}l ", "characters -9223372036854775808", "endElement {}l ",
-		"startElement {}b ", "characters true false true", "endElement {}b ",
+		"startElement {}r r", "characters -32768 32767",
+		"startElement {}i i", "characters -2147483648 2147483647", "endElement {}i i",
+		"startElement {}l l", "characters -9223372036854775808", "endElement {}l l",
+		"startElement {}b b", "characters true false true", "endElement {}b b",
 	};
 	ASSERT_GE(text.size(), expectedText.size());
 	EXPECT_EQ(expectedText, std::vector<std::string>(text.begin(), text.begin() + expectedText.size()));
@@ -268,8 +441,8 @@ TEST(RoundTripTest, EachRunOfTypedValuesHoldsOnlyItsOwnValues)
 	});
 	const std::vector<std::string> expected =
 	{
-		"startDocument", "startElement {}r ", "int 1", "int 2", "startElement {}e ", "endElement {}e ",
-		"int 3", "short 4", "int 5", "binaryData 01", "characters t", "binaryData 0203", "endElement {}r ", "endDocument",
+		"startDocument", "startElement {}r r", "int 1", "int 2", "startElement {}e e", "endElement {}e e",
+		"int 3", "short 4", "int 5", "binaryData 01", "characters t", "binaryData 0203", "endElement {}r r", "endDocument",
 	};
 	EXPECT_EQ(expected, parsed(document));
 }

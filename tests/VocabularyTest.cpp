@@ -627,11 +627,11 @@ TEST(VocabularyTest, InitialVocabulariesRefuseWhatTheyCannotHold)
 		{"an external vocabulary that cannot be opened", initialVocabulary("10000 00000000") + identifying("urn:w"),
 			"urn:w"},
 		{"a value twice in a hash table", initialVocabulary("00000 10000000") + bitsOf(1, 8) + identifying("a") + identifying("a"),
-			"!existed"},
+			"Initial vocabulary lists a value twice in one table"},
 		{"a reserved alphabet", initialVocabulary("00000 00001000") + bitsOf(0, 8) + "00 10 00000000 00000010 0000 00000000",
 			"no characters"},
 		{"an alphabet past the table", initialVocabulary("00000 00001000") + bitsOf(0, 8) + "00 10 00000000 00100000 0000 00000000",
-			"vocabulary > 0 && vocabulary <= _alphabets.size()"},
+			"Restricted alphabet 33 is not defined"},
 	};
 	for (const auto& c: cases)
 	{

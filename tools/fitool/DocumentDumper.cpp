@@ -3,6 +3,7 @@
 #include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Ixor/FastInfoset/DecodingAlgorithm.h"
 #include "Ixor/FastInfoset/Encoding.h"
+#include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Ixor/FastInfoset/QualifiedNameEntry.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
@@ -222,8 +223,12 @@ void DocumentDumper::dumpInitialVocabulary(Reader& r, const char* data, std::siz
 			Decoder::nonEmptyOctetString(uriReader, uri);
 			_out << "    external vocabulary: " << TextFormat::quoted(uri, 200) << '\n';
 		}
-		Decoder::ExternalLoading loading(_loadExternalVocabularies);
-		Decoder::handleExternalVocabulary(r, _vocabulary, 0);
+		Ixor::FastInfoset::FastInfosetParser loader;
+		loader.setLoadExternalVocabularies(_loadExternalVocabularies);
+		r.skip(1);
+		std::string uri;
+		Decoder::nonEmptyOctetString(r, uri);
+		loader.loadExternalVocabulary(uri, _vocabulary);
 		_out << "      loaded\n";
 	}
 	else _vocabulary.reset();

@@ -43,6 +43,11 @@ public:
 	explicit BitStreamReader(std::istream& in);
 		/// Creates a reader over the stream. The first read fills the buffer.
 
+	BitStreamReader(std::istream& in, const char* pPending, std::size_t pendingSize);
+		/// Creates a reader over the stream whose input begins with the
+		/// pendingSize (at most BUFFER_SIZE) octets at pPending, which an
+		/// earlier reader of the stream took from it and could not give back.
+
 	BitStreamReader(const char* pData, std::size_t size);
 		/// Creates a reader over the memory block, which must stay valid
 		/// and unchanged while the reader is used.
@@ -129,6 +134,17 @@ public:
 		/// The number of whole octets read since the reader was created;
 		/// the offset of the current octet in the input.
 
+	std::size_t offset() const;
+		/// The offset of the current octet, but no further than the end of
+		/// the input taken so far: where a read that ran past the end of the
+		/// input found it.
+
+	void giveBack(std::string& kept);
+		/// On an octet boundary, gives the octets that a reader over a
+		/// stream took beyond the current position back to the stream by
+		/// seeking it back. When the stream cannot seek, kept receives them
+		/// (else it is emptied) and the stream is left as it was.
+
 	void refillBuffer();
 		/// Discards the unread part of the buffer and fills it afresh from
 		/// the stream.
@@ -191,6 +207,14 @@ inline const unsigned char* BitStreamReader::curByte() const
 inline std::size_t BitStreamReader::octetsConsumed() const
 {
 	return _octetsBefore + static_cast<std::size_t>(_bitOffset >> 3);
+}
+
+
+inline std::size_t BitStreamReader::offset() const
+{
+	const std::size_t end = _octetsBefore + static_cast<std::size_t>(_cachedBits / 8);
+	const std::size_t current = octetsConsumed();
+	return current < end ? current : end;
 }
 
 

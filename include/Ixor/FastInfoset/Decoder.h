@@ -21,6 +21,7 @@ namespace FastInfoset {
 
 class BitStreamReader;
 class DocumentVocabulary;
+class ExternalVocabularyLoader;
 class FISDocumentHandler;
 template <class T> class Vocabulary;
 
@@ -30,9 +31,12 @@ class FastInfoset_API Decoder
 	/// initial vocabulary, the small integers, the lengths of octet strings
 	/// and sequences, name surrogates and encoded character strings.
 	///
-	/// A position that the format does not allow raises FISEncodingException;
-	/// the end of the input raises FISParseException with a message that names
-	/// the operation; header errors raise FISException.
+	/// A position or value that the format does not allow (reserved integer
+	/// forms, integers above 2^20, undefined alphabets, a value listed twice
+	/// in an initial vocabulary table that finds values again) raises
+	/// FISEncodingException; the end of the input raises FISParseException
+	/// with a message that names the operation; header errors raise
+	/// FISException.
 {
 public:
 	struct OpenHeaderParts
@@ -51,9 +55,13 @@ public:
 		/// there is none), the identification, the version and the padding
 		/// bit.
 
-	static OpenHeaderParts documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler);
+	static OpenHeaderParts documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
 		/// Consumes the seven presence bits and the additional data, and
 		/// decodes the initial vocabulary into vocabulary or resets it.
+		/// An external vocabulary that the document names is asked of
+		/// pLoader (the parser's); without one, only a vocabulary that
+		/// already carries the URI serves, and any other URI raises
+		/// FISException.
 
 	static void skipAdditionalData(BitStreamReader& aReader);
 
@@ -81,26 +89,8 @@ public:
 		/// Reads and drops the encoding-algorithm URIs of an initial
 		/// vocabulary.
 
-	class FastInfoset_API ExternalLoading
-		/// While an object of this class lives, on its thread, external
-		/// vocabularies that documents name are loaded (the default) or
-		/// refused with FISException "External vocabulary loading is
-		/// disabled". FastInfosetParser sets it for each parse.
-	{
-	public:
-		explicit ExternalLoading(bool allowed);
-		~ExternalLoading();
-		static bool allowed();
-
-	private:
-		ExternalLoading(const ExternalLoading&);
-		ExternalLoading& operator = (const ExternalLoading&);
-
-		bool _previous;
-	};
-
-	static void parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler);
-	static void handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler);
+	static void parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
+	static void handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
 	static void handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary);
 	static void handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>* pTable);
 	static void handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabulary<std::string>* pTable, DocumentVocabulary& vocabulary);

@@ -14,11 +14,16 @@
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Ixor/FastInfoset/Encoding.h"
-#include "Poco/SAX/Attributes.h"
+#include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/XMLReader.h"
 #include <cstddef>
 #include <deque>
+#include <functional>
+#include <iosfwd>
+#include <memory>
 #include <string>
+#include <unordered_map>
+#include <utility>
 #include <vector>
 
 
@@ -32,30 +37,46 @@ class FISContentHandler;
 class FISDocumentHandler;
 class NullEncoding;
 class NullRefEncoding;
+class VocabularyFileLoader;
 
 
 class FastInfoset_API FastInfosetParser: public Ixor::XML::XMLReader
 	/// A SAX2 reader of Fast Infoset documents.
 	///
+	/// It reports the events the host's SAXParser reports for the same
+	/// document as XML, with the same settings of the namespaces and
+	/// namespace-prefixes features: qualified names of elements and
+	/// attributes ("prefix:local" or "local") with namespace prefixes on and
+	/// empty ones with them off, attributes of type "CDATA" in an
+	/// Ixor::XML::AttributesImpl, and endPrefixMapping() after each
+	/// element's endElement(), for that element's own declarations, last
+	/// declared first. Strings handed to callbacks are valid only during the
+	/// callback.
+	///
 	/// When the content handler is also a FISContentHandler, the values of
 	/// the built-in encoding algorithms arrive as typed values; otherwise
-	/// their text form goes to characters(). Strings handed to callbacks are
-	/// valid only during the callback.
+	/// their text form goes to characters().
 	///
-	/// Deliberate behaviours: attributes are reported without qualified name
-	/// and type; an unprefixed element is reported with an empty qualified
-	/// name; endPrefixMapping() follows endElement() in declaration order,
-	/// for the declarations of the element read last; the document type
-	/// declaration is reported with an empty name; entity references and
+	/// Deliberate behaviours: the document type declaration is reported with
+	/// an empty name (the format does not carry it); entity references and
 	/// the character encoding scheme, standalone and version components are
 	/// read and reported to nobody.
 	///
-	/// Bad input raises FISParseException (end of input), FISEncodingException
-	/// (values and bit positions the format does not allow), FISException
-	/// (header errors), std::out_of_range or the host's assertion exception
-	/// (indexes that name no table entry). Elements nested deeper than
-	/// getMaxElementDepth() raise FISParseException "Maximum element depth
-	/// exceeded". The error handler is never called.
+	/// Bad input raises FISParseException, FISEncodingException or
+	/// FISException, and nothing else; the message ends with
+	/// " (at octet N)", N the offset from the first octet of the document
+	/// of the octet where the fault was found. An error handler, when one is
+	/// set, receives fatalError() with the same message first. Exceptions
+	/// that handlers throw pass through unchanged. A stream that fails
+	/// raises Ixor::IOException.
+	///
+	/// Limits for documents from strangers: external vocabularies are loaded
+	/// only when allowed; elements nest at most getMaxElementDepth() deep;
+	/// an element declares at most getMaxNamespaceDeclarations() namespaces;
+	/// what the parser delivers by index (text, names) is limited by
+	/// getAmplificationThreshold() and getMaxAmplification(). Memory stays
+	/// within a small factor of the input plus the strings of a vocabulary
+	/// given in advance.
 {
 public:
 	struct ResolvedQualName
@@ -73,14 +94,18 @@ public:
 
 	static const std::size_t DEFAULT_MAX_ELEMENT_DEPTH = 10000;
 	static const std::size_t DEFAULT_MAX_NAMESPACE_DECLARATIONS = 10000;
+	static const Ixor::UInt64 DEFAULT_MAX_EXTERNAL_VOCABULARY_SIZE = 64 * 1024 * 1024;
+	static const Ixor::UInt64 DEFAULT_AMPLIFICATION_THRESHOLD = 8 * 1024 * 1024;
+	static constexpr double DEFAULT_MAX_AMPLIFICATION = 100.0;
 
 	explicit FastInfosetParser(DocumentVocabulary::VocabularyImpl impl = DocumentVocabulary::VOC_VECTOR);
 		/// A parser whose vocabulary has tables of the given kind. Vector
 		/// tables give every literal its own index, as the format requires.
 
 	explicit FastInfosetParser(const DocumentVocabulary& vocabulary);
-		/// A parser that knows vocabulary in advance: a document that names
-		/// its URI as external vocabulary starts from it.
+		/// A parser that knows vocabulary in advance: every document that
+		/// names its URI as external vocabulary starts from an untouched
+		/// copy of it, without loading anything.
 
 	~FastInfosetParser();
 
@@ -93,22 +118,37 @@ public:
 	Ixor::XML::ContentHandler* getContentHandler() const;
 	void setErrorHandler(Ixor::XML::ErrorHandler* pErrorHandler);
 	Ixor::XML::ErrorHandler* getErrorHandler() const;
+		/// The error handler receives fatalError() before the parser throws
+		/// for bad input.
 	void setFeature(const Ixor::XML::XMLString& featureId, bool state);
 		/// Namespaces are always on (turning them off throws
 		/// SAXNotSupportedException); namespace prefixes select whether
-		/// elements are reported with their qualified name.
+		/// elements and attributes are reported with their qualified names.
 	bool getFeature(const Ixor::XML::XMLString& featureId) const;
 	void setProperty(const Ixor::XML::XMLString& propertyId, const Ixor::XML::XMLString& value);
 	void setProperty(const Ixor::XML::XMLString& propertyId, void* value);
 		/// The declaration handler and the lexical handler.
 	void* getProperty(const Ixor::XML::XMLString& propertyId) const;
 	void parse(Ixor::XML::InputSource* pSource);
-		/// Reads from the source's byte stream, else its character stream,
-		/// else its system identifier.
+		/// Reads one document from the source's byte stream, else its
+		/// character stream, else its system identifier.
+		///
+		/// The stream is left just after the document's last octet, so that
+		/// the next parse() of the same stream reads the next document. The
+		/// parser reads ahead in blocks: it seeks the stream back over what
+		/// it read beyond the document, and where the stream cannot seek, it
+		/// keeps those octets and the next parse() of the same stream object
+		/// begins with them (parsing any other source drops them).
 	void parse(const Ixor::XML::XMLString& systemId);
 		/// Opens the system identifier through the host's URI streams.
 	void parseMemoryNP(const char* data, std::size_t size);
-		/// Reads the block in place; it is not copied.
+		/// Reads the document at the start of the block in place; it is not
+		/// copied. Octets after the document are not read: the next
+		/// document, if any, starts lastDocumentSize() octets on.
+
+	Ixor::UInt64 lastDocumentSize() const;
+		/// The octets of the last document read whole, its first octet
+		/// through its last.
 
 	void setDocumentHandler(FISDocumentHandler* pHandler);
 	FISDocumentHandler* getDocumentHandler() const;
@@ -128,20 +168,42 @@ public:
 	void setLoadExternalVocabularies(bool load);
 	bool getLoadExternalVocabularies() const;
 		/// Whether external vocabularies that documents name by URI are
-		/// opened and loaded (the default). A parser of documents from
-		/// strangers may turn it off: a document can name any file. When
-		/// off, such documents raise FISException "External vocabulary
-		/// loading is disabled"; a vocabulary given in advance under the
-		/// URI is still used.
+		/// loaded (default: no; a document could name any file). When off,
+		/// a document naming one raises FISException "External vocabulary
+		/// loading is disabled (FastInfosetParser::setLoadExternalVocabularies)"
+		/// with the URI; a vocabulary given in advance under the URI is
+		/// still used. When on, only regular local files are read (a file
+		/// URI or a path), of at most getMaxExternalVocabularySize() octets:
+		/// a path ending in ".xml" as XML, anything else as Fast Infoset.
+		/// Vocabularies may name vocabularies, at most eight deep.
+
+	void setMaxExternalVocabularySize(Ixor::UInt64 octets);
+	Ixor::UInt64 getMaxExternalVocabularySize() const;
+		/// The largest external vocabulary file read (default 64 MiB);
+		/// larger ones raise FISException.
+
+	void loadExternalVocabulary(const std::string& uri, DocumentVocabulary& vocabulary) const;
+		/// Fills vocabulary as a document naming uri as its external
+		/// vocabulary would: with the vocabulary given in advance when its
+		/// URI is uri, else from the file when loading is allowed, else
+		/// FISException.
+
+	void setAmplificationThreshold(Ixor::UInt64 octets);
+	Ixor::UInt64 getAmplificationThreshold() const;
+	void setMaxAmplification(double factor);
+	double getMaxAmplification() const;
+		/// What a document delivers by index (text of character chunks,
+		/// attribute values, comments, instruction data and other strings
+		/// taken from a table, and the part of names beyond 64 octets) is
+		/// counted. Once the count is above both the threshold (default 8
+		/// MiB) and factor times the octets read (default 100), the parse
+		/// stops with FISParseException "Amplification limit exceeded".
 
 	void setMaxNamespaceDeclarations(std::size_t count);
 	std::size_t getMaxNamespaceDeclarations() const;
 		/// The most namespace declarations accepted on one element (default
 		/// 10000); more raise FISParseException "Maximum number of namespace
-		/// declarations exceeded". Every element that ends reports again the
-		/// declarations of the element read last, so a deep document whose
-		/// innermost element declares many namespaces would make a small
-		/// input report a great many events.
+		/// declarations exceeded".
 
 	void setMaxElementDepth(std::size_t depth);
 	std::size_t getMaxElementDepth() const;
@@ -150,59 +212,49 @@ public:
 protected:
 	struct NameEntry
 		/// A qualified name of the element-name or attribute-name table,
-		/// resolved to its strings once, with the qualified name that events
-		/// report when the namespace-prefixes feature is on.
+		/// resolved to its strings once.
 	{
 		NameEntry();
 
-		ResolvedQualName name;
-		std::string qname;
-		bool resolved;
+		ResolvedQualName   name;
+		mutable const std::string* pQName;  // "prefix:local" or the local name; null until first needed
+		UInt64             excess;   // octets counted against amplification per report
+		bool               resolved;
 	};
 
-	class AttributeList: public Ixor::XML::Attributes
-		/// The attributes of the current element, reused by every element so
-		/// that reading attributes allocates nothing once it has grown.
+	struct Attribute
+		/// One attribute of the element being read: its name and its value,
+		/// in a vocabulary table, in the input or in the copy.
 	{
-	public:
-		AttributeList();
-		void clear();
-		void add(const NameEntry& name, const std::string& value);
-			/// value must outlive the list's use: a vocabulary entry.
-		void add(const NameEntry& name, const char* value, std::size_t length);
-			/// Keeps a copy of the value.
+		const NameEntry*   pName;
+		const std::string* pValue;   // the value in a table, or null
+		const char*        pData;    // the value in the input, or null: the copy
+		std::size_t        length;
+		std::string        copy;
+	};
 
-		int getIndex(const Ixor::XML::XMLString& name) const;
-		int getIndex(const Ixor::XML::XMLString& namespaceURI, const Ixor::XML::XMLString& localName) const;
-		int getLength() const;
-		const Ixor::XML::XMLString& getLocalName(int i) const;
-		const Ixor::XML::XMLString& getQName(int i) const;
-		const Ixor::XML::XMLString& getType(int i) const;
-		const Ixor::XML::XMLString& getType(const Ixor::XML::XMLString& qname) const;
-		const Ixor::XML::XMLString& getType(const Ixor::XML::XMLString& namespaceURI, const Ixor::XML::XMLString& localName) const;
-		const Ixor::XML::XMLString& getValue(int i) const;
-		const Ixor::XML::XMLString& getValue(const Ixor::XML::XMLString& qname) const;
-		const Ixor::XML::XMLString& getValue(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName) const;
-		const Ixor::XML::XMLString& getURI(int i) const;
-
-	private:
-		struct Entry
+	struct AttributeList
+		/// A list handed to startElement(), kept for the elements whose
+		/// attributes have the same names. Its entries never move once
+		/// built, so their strings keep their capacity from element to
+		/// element.
+	{
+		struct Slot
 		{
-			const NameEntry* pName;
-			const std::string* pValue; // null: the value is the entry's own copy
-			std::string copy;
-
-			const std::string& value() const
-			{
-				// No pointer to copy is kept: it would dangle once the entries move.
-				return pValue ? *pValue : copy;
-			}
+			Ixor::XML::AttributesImpl::Attribute* pSlot;
+			const NameEntry*   pName = nullptr;   // the name the entry holds
+			const std::string* pValue = nullptr;  // the table value it holds, if any
 		};
 
-		Entry& next();
+		Ixor::XML::AttributesImpl list;
+		std::vector<Slot> slots;
+	};
 
-		std::vector<Entry> _entries;
-		int _count;
+	struct DeclarationScope
+		/// The namespace declarations of an open element that has some.
+	{
+		std::size_t depth;   // the element's place in _openElements
+		std::size_t first;   // its first declaration in _namespaceDeclarations
 	};
 
 	struct NamespaceDeclaration
@@ -217,7 +269,7 @@ protected:
 	void parseElementChildren(BitStreamReader& r);
 	bool parseElementChild(BitStreamReader& r);
 	void parseElement(BitStreamReader& r);
-	void endElement(const NameEntry& name);
+	void endElement(const NameEntry& element);
 	void parseNamespaceAttribute(BitStreamReader& r);
 	void parseAttribute(BitStreamReader& r);
 	const NameEntry& parseQualifiedNameOrIndex(BitStreamReader& r, bool element);
@@ -246,20 +298,46 @@ private:
 	FastInfosetParser(const FastInfosetParser&);
 	FastInfosetParser& operator = (const FastInfosetParser&);
 
+	friend class VocabularyFileLoader;
+
+	struct PairHash
+	{
+		std::size_t operator () (const std::pair<const std::string*, const std::string*>& key) const
+		{
+			return std::hash<const void*>()(key.first) * 31 + std::hash<const void*>()(key.second);
+		}
+	};
+
 	void init();
+	void parseStream(std::istream& stream);
+	void parseReader(BitStreamReader& r);
+	template <class E> void fail(BitStreamReader& r, const std::string& message, int code);
 	const std::string& qualifiedName(const NameEntry& name);
+	const std::string& buildQualifiedName(const NameEntry& name);
 	const std::string& stringAt(DocumentVocabulary::ID id, unsigned int index) const;
+	const std::string& deliveredAt(DocumentVocabulary::ID id, unsigned int index);
+	void deliver(UInt64 octets);
+	void checkAmplification();
 	unsigned int addString(DocumentVocabulary::ID id, const std::string& text);
 	void syncStrings(DocumentVocabulary::ID id);
 	void syncTables();
 	const NameEntry& nameAt(unsigned int index, bool element);
 	const NameEntry& resolveName(unsigned int index, bool element);
 	const NameEntry& addName(const QualifiedNameEntry& entry, const ResolvedQualName& name, bool element);
+	NameEntry& nameSlot(unsigned int index, bool element);
+	void setName(NameEntry& entry, const ResolvedQualName& name);
 	const std::string& resolve(DocumentVocabulary::ID id, unsigned int index) const;
 	bool parseAttributeValue(BitStreamReader& r, const NameEntry& name);
 	void parseAttributeValueOf(BitStreamReader& r, const NameEntry& name);
 	bool parseElementFast(BitStreamReader& r, UInt64 window, int available);
 	void parseAttributes(BitStreamReader& r);
+	Attribute& nextAttribute(const NameEntry& name);
+	void addAttribute(const NameEntry& name, const std::string& value);
+	void addAttribute(const NameEntry& name, const char* value, std::size_t length, bool inInput);
+	const Ixor::XML::AttributesImpl& attributeList();
+	void fillSlot(AttributeList& list, std::size_t i, Attribute& attribute);
+	void trimAttributeList();
+	void startElement(const NameEntry& element);
 	bool parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available);
 	void characters(const char* data, std::size_t length);
 
@@ -273,22 +351,54 @@ private:
 	FISContentHandler*             _pFISContentHandler;
 	bool                           _namespacePrefixes;
 	DocumentVocabulary             _vocabulary;
+	std::unique_ptr<DocumentVocabulary> _pGivenVocabulary;
 	DocumentRestrictedAlphabet     _alphabets;
-	AttributeList                  _attributes;
 	std::vector<NamespaceDeclaration> _namespaceDeclarations;
 	std::string                    _xmlDeclaration;
 	std::string                    _identifying;
 	std::string                    _octets;
 	std::string                    _text;
-	std::string                    _qname;
-	const std::string*             _pQName;
+	std::string                    _qnameScratch;
 	Ixor::AutoPtr<NullEncoding>    _pLiteralValue;
 	Ixor::AutoPtr<NullRefEncoding> _pIndexedValue;
 	Ixor::AutoPtr<Encoding>        _pTypedValue;
 	std::vector<const NameEntry*>  _openElements;
+	std::vector<DeclarationScope>  _declarationScopes;
 	std::size_t                    _maxElementDepth;
 	std::size_t                    _maxNamespaceDeclarations;
 	bool                           _loadExternalVocabularies;
+	Ixor::UInt64                   _maxExternalVocabularySize;
+	int                            _vocabularyNesting;
+	Ixor::UInt64                   _lastDocumentSize;
+	std::istream*                  _pPendingStream;
+	std::string                    _pendingOctets;
+	bool                           _inHandler;
+	bool                           _inputInMemory;
+
+	// The attributes of the element being read, and the lists that report
+	// them, kept by the names they hold; elements with many attributes
+	// share one that is built for each.
+	std::vector<Attribute>         _attributes;
+	std::size_t                    _attributeCount;
+	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
+	Ixor::XML::AttributesImpl      _largeAttributes;
+	bool                           _trimAttributes;
+
+	// Amplification: octets delivered by index, and the count at which the
+	// limits are looked at again.
+	BitStreamReader*               _pReader;
+	Ixor::UInt64                   _delivered;
+	Ixor::UInt64                   _nextCheck;
+	Ixor::UInt64                   _amplificationThreshold;
+	double                         _maxAmplification;
+
+	// Qualified names "prefix:local", one for each pair of prefix and local
+	// name, built when first reported. Their octets are held to a budget
+	// in proportion to the input; past it they are built for each report
+	// instead, and counted as delivered.
+	std::unordered_map<std::pair<const std::string*, const std::string*>, const std::string*, PairHash> _qnameIndex;
+	std::deque<std::string>        _qnames;
+	Ixor::UInt64                   _qnameOctets;
 
 	// Direct views of the vocabulary's tables, by table identifier and
 	// index, kept in step with every entry the parser adds: lookups by index
@@ -296,6 +406,15 @@ private:
 	std::vector<const std::string*> _strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
 	std::deque<NameEntry>          _names[2];
 };
+
+
+//
+// inlines
+//
+inline Ixor::UInt64 FastInfosetParser::lastDocumentSize() const
+{
+	return _lastDocumentSize;
+}
 
 
 } } // namespace Ixor::FastInfoset

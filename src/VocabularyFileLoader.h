@@ -1,0 +1,47 @@
+//
+// VocabularyFileLoader.h
+//
+// Library: FastInfoset
+// Module:  FastInfosetParser
+//
+// The parser's loader of external vocabularies. Internal, not installed.
+//
+
+
+#ifndef FastInfoset_VocabularyFileLoader_INCLUDED
+#define FastInfoset_VocabularyFileLoader_INCLUDED
+
+
+#include "ExternalVocabularyLoader.h"
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+class FastInfosetParser;
+
+
+class VocabularyFileLoader: public ExternalVocabularyLoader
+	/// Loads external vocabularies as the parser's settings allow: the
+	/// vocabulary given to the parser in advance when the URI is its URI;
+	/// otherwise, only when loading is allowed, a regular local file of
+	/// limited size, read as XML when its path ends in ".xml" and as Fast
+	/// Infoset otherwise.
+{
+public:
+	static const int MAX_NESTING = 8;
+
+	explicit VocabularyFileLoader(const FastInfosetParser& parser);
+
+	bool load(const std::string& uri, DocumentVocabulary& vocabulary) override;
+
+private:
+	const FastInfosetParser& _parser;
+};
+
+
+} } // namespace Ixor::FastInfoset
+
+
+#endif // FastInfoset_VocabularyFileLoader_INCLUDED
