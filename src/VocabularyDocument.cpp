@@ -135,9 +135,15 @@ void VocabularyDocument::save(const DocumentVocabulary& vocabulary, std::ostream
 		writer.comment(text.data(), 0, static_cast<int>(text.size()));
 	}
 	const Vocabulary<QualifiedNameEntry>& elements = *writable.elementVocabulary();
-	if (elements.size() > 1)
+	const QualifiedNameEntry root = elements.size() > 1 ? asWritten(elements.value(1)) : QualifiedNameEntry();
+	// A name that the writer could not find again (a prefix without
+	// namespace, parts the tables lack) would enter the tables in full.
+	const bool hasRoot = root.localNameId() != 0 && root.localNameId() < writable.vocabulary(DV::LOCAL_NAME)->size()
+		&& root.prefixId() < writable.vocabulary(DV::PREFIX)->size()
+		&& root.namespaceId() < writable.vocabulary(DV::NAMESPACE_NAME)->size()
+		&& (root.prefixId() == 0 || root.namespaceId() != 0);
+	if (hasRoot)
 	{
-		const QualifiedNameEntry root = asWritten(elements.value(1));
 		const std::string& prefix = writable.value(DV::PREFIX, root.prefixId());
 		const std::string& uri = writable.value(DV::NAMESPACE_NAME, root.namespaceId());
 		const std::string& localName = writable.value(DV::LOCAL_NAME, root.localNameId());

@@ -27,8 +27,8 @@ class FastInfoset_API VocabularyDocument
 	/// initial vocabulary holds the tables, a comment "vocabulary URI" after
 	/// the header carries the vocabulary's URI (neither enters a table), and
 	/// its root element is the first element name of the vocabulary, empty
-	/// (a vocabulary without element names gives a document without root
-	/// element). So the document adds nothing to its own tables, and a
+	/// (a vocabulary without element names, or whose first one names no
+	/// entries of its tables, gives a document without root element). So the document adds nothing to its own tables, and a
 	/// reader that loads it from its URI, as an external vocabulary named by
 	/// a document, gets the same tables at the same indexes.
 {
