@@ -1858,15 +1858,19 @@ void FastInfosetWriter::setWriteXMLDeclaration(bool write)
 
 void FastInfosetWriter::setExternalVocabulary(const std::string& uri, const DocumentVocabulary& vocabulary)
 {
+	// Vector tables find a value by walking through it: the difference the
+	// header takes would cost the square of their size. Map tables take any
+	// number of entries.
+	if (vocabulary.impl() == DocumentVocabulary::VOC_VECTOR)
+	{
+		setExternalVocabulary(uri, VocabularyDocument::withTables(vocabulary, DocumentVocabulary::VOC_MAP));
+		return;
+	}
 	_externalVocabularyURI = uri;
 	_externalVocabulary = vocabulary;
 	// The reader starts the document from the external vocabulary, so the
 	// writer must too: indexes of its own would name other entries there.
-	if (!VocabularyDocument::startsWith(_vocabulary, vocabulary))
-	{
-		if (vocabulary.impl() == DocumentVocabulary::VOC_VECTOR) _vocabulary = VocabularyDocument::withTables(vocabulary, _vocabulary.impl());
-		else _vocabulary = vocabulary;
-	}
+	if (!VocabularyDocument::startsWith(_vocabulary, vocabulary)) _vocabulary = vocabulary;
 	// Strings are looked up only up to the indexed length: the vocabulary's
 	// longer ones would never be found.
 	for (DocumentVocabulary::ID id: {DocumentVocabulary::ATTRIBUTE_VALUE, DocumentVocabulary::OTHER_STRING, DocumentVocabulary::CONTENT_CHARACTER_CHUNK})

@@ -275,6 +275,8 @@ TEST(VocabularyBuilderTest, DocumentsNameTheVocabularyAndCarryOnlyWhatItLacks)
 	EXPECT_EQ("e0000001" "20" "1000" "09" + toHex("urn:orders"), toHex(with.substr(0, 18)));
 	EXPECT_EQ(std::string::npos, with.find("currency"));
 	EXPECT_LT(with.size() * 2, without.size());
+	const DocumentVocabulary asRead = VocabularyDocument::withTables(vocabulary, DV::VOC_VECTOR);
+	EXPECT_EQ(toHex(with), toHex(encoded(order, &asRead)));
 
 	FastInfosetParser plain;
 	FastInfosetParser prepared(VocabularyDocument::withTables(vocabulary, DV::VOC_VECTOR));

@@ -163,8 +163,8 @@ public:
 		/// what its vocabulary holds beyond vocabulary. A writer whose
 		/// vocabulary does not start with vocabulary's entries (a fresh one,
 		/// say) starts from a copy of vocabulary (vector tables are copied
-		/// into tables of the writer's kind), so that names and strings the
-		/// vocabulary holds go out as indexes. The indexed length (see
+		/// into map tables), so that names and strings the vocabulary holds
+		/// go out as indexes. The indexed length (see
 		/// setMaxIndexedStringLength()) grows to the longest attribute value,
 		/// character chunk or other string of vocabulary, so that they are
 		/// looked up. Call it before startDocument().
