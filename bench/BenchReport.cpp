@@ -55,6 +55,19 @@ const std::vector<Measure>& manyDocumentMeasures()
 }
 
 
+const std::vector<Measure>& vocabularyMeasures()
+{
+	static const std::vector<Measure> MEASURES =
+	{
+		{"vocab/write_fi_without", "FI write, no vocabulary"},
+		{"vocab/write_fi_with",    "FI write, naming the vocabulary"},
+		{"vocab/parse_fi_without", "FI parse, new parser, no vocabulary"},
+		{"vocab/parse_fi_with",    "FI parse, new parser given vocabulary"},
+	};
+	return MEASURES;
+}
+
+
 const char* const ALMOST_EMPTY_XML = "<a/>";
 
 
@@ -322,6 +335,7 @@ void TableReporter::printSummary()
 	}
 
 	printSmallDocuments();
+	printVocabularies();
 	printCostsPerDocument(("Costs of every document, measured on an almost empty one (" + std::string(ALMOST_EMPTY_XML) + "):").c_str(),
 		fixedCostMeasures());
 	std::string small;
@@ -397,15 +411,44 @@ void TableReporter::printSmallDocuments()
 		if (pDoc->loaded) small.push_back(pDoc);
 	}
 	if (small.empty()) return;
-	_tables << "   Documents per second on the small documents (at most " << SMALL_DOCUMENT_SIZE/1000 << " kB):\n"
-		<< "   " << padRight("", LABEL_WIDTH);
-	for (const Document* pDoc: small) _tables << padLeft(pDoc->name, std::max<std::size_t>(pDoc->name.size(), 7) + 2);
+	_tables << "   Documents per second on the small documents (at most " << SMALL_DOCUMENT_SIZE/1000 << " kB):\n";
+	printDocumentsPerSecond(small, measures());
+}
+
+
+void TableReporter::printVocabularies()
+{
+	std::vector<const Document*> withVocabulary;
+	for (const Document* pDoc: smallDocuments(_documents))
+	{
+		if (pDoc->vocabularySize) withVocabulary.push_back(pDoc);
+	}
+	if (withVocabulary.empty()) return;
+	_tables << "   Shared vocabularies: each document written naming a vocabulary built from other documents of its kind:\n"
+		<< "   " << padRight("", LABEL_WIDTH) << padLeft("samples", 8) << padLeft("vocabulary", 11) << padLeft("FI without", 11)
+		<< padLeft("FI with", 9) << padLeft("with/without", 13) << "\n";
+	for (const Document* pDoc: withVocabulary)
+	{
+		_tables << "   " << padRight(pDoc->name, LABEL_WIDTH) << padLeft(std::to_string(pDoc->vocabularySamples.size()), 8)
+			<< padLeft(std::to_string(pDoc->vocabularySize), 11) << padLeft(std::to_string(pDoc->fiWithoutVocabularySize), 11)
+			<< padLeft(std::to_string(pDoc->fiVocabularySize), 9)
+			<< padLeft(format("%.3f", static_cast<double>(pDoc->fiVocabularySize)/static_cast<double>(pDoc->fiWithoutVocabularySize)), 13) << "\n";
+	}
+	_tables << "   With and without the vocabulary, documents per second (a new writer and parser for each):\n";
+	printDocumentsPerSecond(withVocabulary, vocabularyMeasures());
+}
+
+
+void TableReporter::printDocumentsPerSecond(const std::vector<const Document*>& documents, const std::vector<Measure>& group)
+{
+	_tables << "   " << padRight("", LABEL_WIDTH);
+	for (const Document* pDoc: documents) _tables << padLeft(pDoc->name, std::max<std::size_t>(pDoc->name.size(), 7) + 2);
 	_tables << "\n";
-	for (const Measure& m: measures())
+	for (const Measure& m: group)
 	{
 		std::string row;
 		bool measured = false;
-		for (const Document* pDoc: small)
+		for (const Document* pDoc: documents)
 		{
 			const double s = seconds(*pDoc, m.id);
 			measured = measured || s > 0;

@@ -44,6 +44,12 @@ const std::vector<Measure>& manyDocumentMeasures();
 	/// writer), as a service reads and writes messages. Benchmark names
 	/// are many/MEASUREMENT.
 
+const std::vector<Measure>& vocabularyMeasures();
+	/// Each small document that has samples of its kind (see
+	/// vocabularySamples()) written and read with and without a vocabulary
+	/// built from them; a new writer and a new parser for every document.
+	/// Benchmark names are vocab/MEASUREMENT/DOCUMENT.
+
 extern const char* const ALMOST_EMPTY_XML;
 
 const std::size_t SMALL_DOCUMENT_SIZE = 100000;
@@ -73,6 +79,15 @@ struct Document
 	std::size_t eventCount = 0;
 	std::size_t eventMemory = 0;
 	std::size_t xmlWriterSize = 0;
+
+	std::vector<std::string> vocabularySamples;
+		/// Known before the document is loaded.
+	std::size_t vocabularySize = 0;
+		/// Octets of the vocabulary document built from the samples.
+	std::size_t fiVocabularySize = 0;
+		/// Octets of the document written naming that vocabulary.
+	std::size_t fiWithoutVocabularySize = 0;
+		/// Octets of the document written without it, as fiSize.
 
 	std::map<std::string, Counts> counts;
 		/// Per measurement, what one document gave.
@@ -123,6 +138,8 @@ private:
 	void printRatios();
 	void printSizes();
 	void printSmallDocuments();
+	void printVocabularies();
+	void printDocumentsPerSecond(const std::vector<const Document*>& documents, const std::vector<Measure>& group);
 	void printCostsPerDocument(const char* heading, const std::vector<Measure>& group);
 	double seconds(const std::string& name) const;
 		/// 0 when not measured or failed.

@@ -1,10 +1,15 @@
 #include "BenchSupport.h"
 #include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/VocabularyBuilder.h"
+#include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "Poco/CountingStream.h"
 #include "Poco/DeflatingStream.h"
+#include "Poco/DirectoryIterator.h"
+#include "Poco/File.h"
 #include "Poco/MemoryStream.h"
 #include "Poco/NumberFormatter.h"
+#include "Poco/Path.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/XML/XMLException.h"
 #include "Poco/XML/XMLWriter.h"
@@ -752,6 +757,42 @@ void writeFastInfoset(const EventList& events, OutputBuffer& out)
 	Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, Ixor::FastInfoset::DocumentVocabulary::VOC_MAP);
 	writer.setMaxIndexedStringLength(16);
 	events.replay(writer, &writer, &writer);
+}
+
+
+void writeFastInfoset(const EventList& events, OutputBuffer& out, const Ixor::FastInfoset::DocumentVocabulary& vocabulary)
+{
+	out.reset();
+	Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, vocabulary);
+	writer.setMaxIndexedStringLength(16);
+	writer.setExternalVocabulary(vocabulary.getURI(), vocabulary);
+	events.replay(writer, &writer, &writer);
+}
+
+
+std::vector<std::string> vocabularySamples(const std::string& documentPath)
+{
+	Poco::Path folder(documentPath);
+	const std::string name = folder.getBaseName();
+	folder.makeParent().pushDirectory("vocabulary").pushDirectory(name);
+	std::vector<std::string> samples;
+	if (!Poco::File(folder).exists()) return samples;
+	for (Poco::DirectoryIterator it(folder), end; it != end; ++it)
+	{
+		if (it.path().getExtension() == "xml") samples.push_back(it.path().toString());
+	}
+	std::sort(samples.begin(), samples.end());
+	return samples;
+}
+
+
+std::string buildVocabulary(const std::vector<std::string>& samplePaths, const std::string& uri)
+{
+	Ixor::FastInfoset::VocabularyBuilder builder;
+	for (const std::string& path: samplePaths) builder.addXMLFile(path);
+	std::ostringstream out;
+	Ixor::FastInfoset::VocabularyDocument::save(builder.vocabulary(uri), out);
+	return out.str();
 }
 
 

@@ -11,6 +11,7 @@
 #define FastInfoset_BenchSupport_INCLUDED
 
 
+#include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Ixor/FastInfoset/FISContentHandler.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Poco/SAX/Attributes.h"
@@ -240,11 +241,22 @@ void parseFastInfoset(Ixor::FastInfoset::FastInfosetParser& parser, const std::s
 void parseXML(Ixor::XML::SAXParser& parser, const std::string& xml);
 void writeFastInfoset(const EventList& events, OutputBuffer& out);
 	/// A fresh FastInfosetWriter set up as convertToFIS sets up its own.
+void writeFastInfoset(const EventList& events, OutputBuffer& out, const Ixor::FastInfoset::DocumentVocabulary& vocabulary);
+	/// The same writer naming vocabulary as its external vocabulary, by its URI.
 void writeXML(const EventList& events, OutputBuffer& out);
 	/// A fresh host XMLWriter without options.
 void convertToFastInfoset(const std::string& xml, OutputBuffer& out);
 void convertToXML(const std::string& fi, OutputBuffer& out);
 	/// Both read from a memory stream over the string.
+
+std::vector<std::string> vocabularySamples(const std::string& documentPath);
+	/// The samples of the document's kind: the XML files in
+	/// vocabulary/NAME/ beside it (NAME: the document's file name without
+	/// .xml), sorted; none when there is no such folder.
+
+std::string buildVocabulary(const std::vector<std::string>& samplePaths, const std::string& uri);
+	/// A VocabularyBuilder with its defaults over the samples, saved as a
+	/// vocabulary document: what a user would ship.
 
 void setUpFastInfosetParser(Ixor::FastInfoset::FastInfosetParser& parser, NullHandler& handler);
 void setUpXMLParser(Ixor::XML::SAXParser& parser, NullHandler& handler);

@@ -11,13 +11,16 @@
 // Besides the measurements of each document, the costs that every document
 // pays (fixed/...) are measured on an almost empty document, and the small
 // documents go one after another through one parser (many/...), as a
-// service reads messages; both count allocations per document.
+// service reads messages; both count allocations per document. Small
+// documents with samples of their kind beside them are also written and
+// read with and without a vocabulary built from the samples (vocab/...).
 
 
 #include "AllocationCounter.h"
 #include "BenchReport.h"
 #include "BenchSupport.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "Poco/File.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/SAXParser.h"
@@ -28,6 +31,7 @@
 #include <iostream>
 #include <map>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -434,6 +438,90 @@ void benchManyWriteFI(benchmark::State& state)
 }
 
 
+//
+// With and without a shared vocabulary
+//
+struct VocabularyCase
+	/// A small document, the vocabulary built from its samples as a writer
+	/// and a parser take it, and the document written with and without it.
+{
+	Ixor::FastInfoset::DocumentVocabulary writing{Ixor::FastInfoset::DocumentVocabulary::VOC_MAP};
+	Ixor::FastInfoset::DocumentVocabulary reading{Ixor::FastInfoset::DocumentVocabulary::VOC_VECTOR};
+	Bench::EventList events;
+	std::string fiWith;
+	std::string fiWithout;
+	std::uint64_t elements = 0;   // as expat counts them
+};
+
+
+VocabularyCase& vocabularyCase(Document& doc)
+{
+	static std::map<const Document*, std::unique_ptr<VocabularyCase>> cases;
+	std::unique_ptr<VocabularyCase>& pCase = cases[&doc];
+	if (pCase) return *pCase;
+	using Ixor::FastInfoset::VocabularyDocument;
+	pCase.reset(new VocabularyCase);
+	const std::string xml = Bench::readFile(doc.path);
+	const std::string saved = Bench::buildVocabulary(doc.vocabularySamples, "urn:" + doc.name);
+	std::istringstream forWriting(saved);
+	pCase->writing = VocabularyDocument::load(forWriting);
+	std::istringstream forReading(saved);
+	pCase->reading = VocabularyDocument::load(forReading, Ixor::FastInfoset::DocumentVocabulary::VOC_VECTOR);
+	pCase->events.record(xml);
+	Bench::OutputBuffer out;
+	Bench::writeFastInfoset(pCase->events, out, pCase->writing);
+	pCase->fiWith = out.str();
+	pCase->fiWithout = Bench::encodeFastInfoset(xml);
+	Bench::ExpatParser expat;
+	expat.parse(xml.data(), xml.size());
+	pCase->elements = expat.counts.elements;
+	doc.vocabularySize = saved.size();
+	doc.fiVocabularySize = pCase->fiWith.size();
+	doc.fiWithoutVocabularySize = pCase->fiWithout.size();
+	return *pCase;
+}
+
+
+void benchVocabularyWrite(benchmark::State& state, Document* pDoc, bool withVocabulary)
+{
+	guarded(state, [&]
+	{
+		VocabularyCase& c = vocabularyCase(*pDoc);
+		Bench::OutputBuffer out;
+		for (auto _: state)
+		{
+			if (withVocabulary) Bench::writeFastInfoset(c.events, out, c.writing);
+			else Bench::writeFastInfoset(c.events, out);
+		}
+		if (out.str() != (withVocabulary ? c.fiWith : c.fiWithout)) state.SkipWithError("the writer's octets differ from those of the first writing");
+		setRates(state, *pDoc, out.size());
+	});
+}
+
+
+void benchVocabularyParse(benchmark::State& state, Document* pDoc, bool withVocabulary)
+{
+	guarded(state, [&]
+	{
+		VocabularyCase& c = vocabularyCase(*pDoc);
+		const std::string& fi = withVocabulary ? c.fiWith : c.fiWithout;
+		Bench::NullHandler handler;
+		for (auto _: state)
+		{
+			// A parser keeps what a document added to a vocabulary given in
+			// advance, and would misread the next document: one per document.
+			std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> pParser(withVocabulary
+				? new Ixor::FastInfoset::FastInfosetParser(c.reading) : new Ixor::FastInfoset::FastInfosetParser);
+			Bench::setUpFastInfosetParser(*pParser, handler);
+			Bench::parseFastInfoset(*pParser, fi);
+		}
+		if (handler.counts.elements != c.elements*static_cast<std::uint64_t>(state.iterations()))
+			state.SkipWithError("the parser did not see every element");
+		setRates(state, *pDoc, fi.size());
+	});
+}
+
+
 // Once a writer can start a new document on a new stream, fixed/write_fi_restarted
 // and many/write_fi_restarted keep one writer in writeInTurn's place and
 // restart it for each document; their Measure then loses its notYet.
@@ -448,6 +536,23 @@ InTurnFunction inTurnFunction(const std::string& id)
 		{"fixed/write_fi", benchFixedWriteFI},
 		{"many/parse_fi", benchManyParseFI},
 		{"many/write_fi", benchManyWriteFI},
+	};
+	return FUNCTIONS.at(id);
+}
+
+
+typedef std::pair<void (*)(benchmark::State&, Document*, bool), bool> VocabularyFunction;
+
+
+const VocabularyFunction& vocabularyFunction(const std::string& id)
+	/// The measurement and whether it is the one with the vocabulary.
+{
+	static const std::map<std::string, VocabularyFunction> FUNCTIONS =
+	{
+		{"vocab/write_fi_without", {benchVocabularyWrite, false}},
+		{"vocab/write_fi_with",    {benchVocabularyWrite, true}},
+		{"vocab/parse_fi_without", {benchVocabularyParse, false}},
+		{"vocab/parse_fi_with",    {benchVocabularyParse, true}},
 	};
 	return FUNCTIONS.at(id);
 }
@@ -508,6 +613,18 @@ int main(int argc, char** argv)
 		{
 			benchmark::RegisterBenchmark((std::string(m.id) + "/" + pDoc->name).c_str(), benchFunction(m.id), pDoc.get())
 				->Unit(benchmark::kMillisecond);
+		}
+	}
+	for (const std::unique_ptr<Document>& pDoc: documents)
+	{
+		if (!Bench::isSmall(*pDoc)) continue;
+		pDoc->vocabularySamples = Bench::vocabularySamples(pDoc->path);
+		if (pDoc->vocabularySamples.empty()) continue;
+		for (const Measure& m: Bench::vocabularyMeasures())
+		{
+			const VocabularyFunction& f = vocabularyFunction(m.id);
+			benchmark::RegisterBenchmark((std::string(m.id) + "/" + pDoc->name).c_str(), f.first, pDoc.get(), f.second)
+				->Unit(benchmark::kMicrosecond);
 		}
 	}
 	std::vector<Measure> inTurn = Bench::fixedCostMeasures();

@@ -1,7 +1,9 @@
 #!/usr/bin/env bash
 # Puts the benchmark documents into bench/data/: real-world XML documents
-# of different shapes taken from Debian packages, and one generated 100 MB
-# document. Documents already there are kept, so a second run is quick.
+# of different shapes taken from Debian packages, samples of the same kind
+# for the vocabularies of the small ones (bench/data/vocabulary/), and one
+# generated 100 MB document. Documents already there are kept, so a second
+# run is quick.
 #
 #   bench/fetch-data.sh [--force] [--install] [--generator PATH]
 #
@@ -28,7 +30,7 @@ while [ $# -gt 0 ]; do
 		--force) force=1 ;;
 		--install) install=1 ;;
 		--generator) generator="$2"; shift ;;
-		-h|--help) sed -n '2,18p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+		-h|--help) sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
 		*) echo "fetch-data.sh: unknown argument $1" >&2; exit 2 ;;
 	esac
 	shift
@@ -51,6 +53,18 @@ gtk3-gir.xml             libgtk-3-dev       /usr/share/gir-1.0/Gtk-3.0.gir      
 mame-vgmplay.xml         mame-data          /usr/share/games/mame/hash/vgmplay.xml                                large,attributes,checksums
 "
 GENERATED=generated-100mb.xml
+
+# Samples of the same kind as a small document, from which the benchmark
+# builds the vocabulary that the document is written with: data/vocabulary/DOCUMENT/
+# document         package            file in the package
+VOCABULARY_SAMPLES="
+soap-envelope      xmltooling-schemas /usr/share/xml/xmltooling/xenc-schema.xsd
+soap-envelope      xmltooling-schemas /usr/share/xml/xmltooling/xmldsig-core-schema.xsd
+saml-metadata      opensaml-schemas   /usr/share/xml/opensaml/saml-schema-assertion-2.0.xsd
+saml-metadata      opensaml-schemas   /usr/share/xml/opensaml/saml-schema-protocol-2.0.xsd
+osinfo-debian11    osinfo-db          /usr/share/osinfo/os/debian.org/debian-10.xml
+osinfo-debian11    osinfo-db          /usr/share/osinfo/os/ubuntu.com/ubuntu-22.04.xml
+"
 
 mkdir -p "$data"
 work=$(mktemp -d)
@@ -96,12 +110,13 @@ record_source() {
 
 need_tool xmllint libxml2-utils
 
-echo "$DOCUMENTS" | while read -r name package path shape; do
-	[ -n "$name" ] || continue
-	target="$data/$name"
+fetch() {
+	# fetch NAME PACKAGE PATH: the file PATH of PACKAGE as data/NAME
+	local name=$1 package=$2 path=$3 target="$data/$1" version deb
 	if [ $force -eq 0 ] && [ -s "$target" ]; then
-		continue
+		return 0
 	fi
+	mkdir -p "$(dirname "$target")"
 	if ! installed "$package" && [ $install -eq 1 ]; then
 		apt_lists "$package"
 		DEBIAN_FRONTEND=noninteractive $SUDO apt-get install -y -qq --no-install-recommends "$package" >/dev/null
@@ -122,7 +137,17 @@ echo "$DOCUMENTS" | while read -r name package path shape; do
 	mv "$target.tmp" "$target"
 	check_well_formed "$target"
 	record_source "$name" "$package" "$version"
-	echo "fetch-data.sh: $name ($shape) from $package $version, $(stat -c %s "$target") octets"
+	echo "fetch-data.sh: $name from $package $version, $(stat -c %s "$target") octets"
+}
+
+echo "$DOCUMENTS" | while read -r name package path shape; do
+	[ -n "$name" ] || continue
+	fetch "$name" "$package" "$path"
+done
+
+echo "$VOCABULARY_SAMPLES" | while read -r document package path; do
+	[ -n "$document" ] || continue
+	fetch "vocabulary/$document/$(basename "$path" | sed 's/\.[^.]*$//').xml" "$package" "$path"
 done
 
 target="$data/$GENERATED"

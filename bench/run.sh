@@ -13,7 +13,9 @@
 #                  convertToFIS convertToXML; besides, fixed/parse_fi and
 #                  fixed/write_fi (costs of every document), many/parse_fi
 #                  and many/write_fi (the small documents one after
-#                  another). The memory report is skipped.
+#                  another), vocab/write_fi_with/DOCUMENT and the like (with
+#                  and without a shared vocabulary). The memory report is
+#                  skipped.
 #   -- ARGS        passed on to the benchmark, e.g. --benchmark_repetitions=5
 #
 # The build goes to build-bench/ at the top of the tree (or $BENCH_BUILD_DIR).
@@ -31,7 +33,7 @@ while [ $# -gt 0 ]; do
 		--quick) quick=1 ;;
 		--filter) filter="$2"; shift ;;
 		--) shift; extra=("$@"); break ;;
-		-h|--help) sed -n '2,20p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
+		-h|--help) sed -n '2,22p' "$0" | sed 's/^# \{0,1\}//'; exit 0 ;;
 		*) echo "run.sh: unknown argument $1" >&2; exit 2 ;;
 	esac
 	shift

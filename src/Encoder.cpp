@@ -181,10 +181,8 @@ void Encoder::lengthOfSequence(BitStreamWriter& aWriter, unsigned int length)
 	}
 	if (length > MAXINT20)
 		throw FISEncodingException("Illegal value for lengthOfSequence: larger than 2^20");
-	// The marker goes into bit 19 before 129 is subtracted, so the field
-	// starts with a 0 bit; readers take it for a one-octet length. Writers of
-	// long tables rely on this exact form.
-	aWriter.write((length | 0x80000) - 129, 24);
+	// '1000' and then the 20 bits of length - 129.
+	aWriter.write(0x800000u | (length - 129), 24);
 }
 
 

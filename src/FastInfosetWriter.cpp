@@ -11,6 +11,7 @@
 #include "Ixor/FastInfoset/MapVocabulary.h"
 #include "Ixor/FastInfoset/ShortEncoding.h"
 #include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "Ixor/FastInfoset/VocabularyHash.h"
 #include "FastEncoding.h"
 #include "XMLTextRules.h"
@@ -18,6 +19,8 @@
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/XML/Name.h"
 #include "Poco/NumberFormatter.h"
+#include <algorithm>
+#include <climits>
 #include <cstring>
 
 
@@ -1603,6 +1606,8 @@ void FastInfosetWriter::writeVocabulary(const Vocabulary<std::string>& voc)
 
 
 void FastInfosetWriter::writeEncodedVocabulary(const Vocabulary<std::string>& voc)
+	/// Each entry as an encoded character string in UTF-8, after two
+	/// padding bits.
 {
 	const VerbTable<std::string>& index = voc.index();
 	const unsigned int numEntries = static_cast<unsigned int>(voc.size());
@@ -1611,27 +1616,43 @@ void FastInfosetWriter::writeEncodedVocabulary(const Vocabulary<std::string>& vo
 	Encoder::lengthOfSequence(_writer, numEntries);
 	for (std::size_t i = 0; i < index.size(); ++i)
 	{
-		// The zero-bit field fails the writer's bit-count check, so tables of
-		// encoded strings cannot go into an initial vocabulary.
-		_writer.write(2, 0);
-		writeEncodedCharacterString(index[i], 10);
+		_writer.write(DocumentVocabulary::UTF8, 4);   // two padding bits, then the selector
+		Encoder::nonEmptyOctetString(_writer, index[i]);
 	}
 }
 
 
-void FastInfosetWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc, bool element)
+void FastInfosetWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc, bool)
+	/// Each entry as its indexes into the prefix, namespace-name and
+	/// local-name tables, after six padding bits. Index 0, and the all-ones
+	/// index that a reader gives an absent part, mean no prefix or no
+	/// namespace.
 {
 	const VerbTable<QualifiedNameEntry>& index = voc.index();
 	const unsigned int numEntries = static_cast<unsigned int>(voc.size());
 	poco_assert(voc.size() == index.size());
 	poco_assert(numEntries > 0);
 	Encoder::lengthOfSequence(_writer, numEntries);
+	const unsigned int ABSENT = 0xFFFFFFFF;
 	for (std::size_t i = 0; i < index.size(); ++i)
 	{
-		// As for encoded strings, the zero-bit field fails: name tables
-		// cannot go into an initial vocabulary either.
-		_writer.write(6, 0);
-		writeQualifiedName(index[i], element);
+		const QualifiedNameEntry& name = index[i];
+		const bool hasPrefix = name.prefixId() != 0 && name.prefixId() != ABSENT;
+		const bool hasNamespace = name.namespaceId() != 0 && name.namespaceId() != ABSENT;
+		_writer.write((hasPrefix ? 2u : 0u) | (hasNamespace ? 1u : 0u), 8);   // six padding bits, then the two flags
+		// A padding bit before each index; the index checks its range.
+		if (hasPrefix)
+		{
+			_writer.write(false);
+			Encoder::integer(_writer, name.prefixId());
+		}
+		if (hasNamespace)
+		{
+			_writer.write(false);
+			Encoder::integer(_writer, name.namespaceId());
+		}
+		_writer.write(false);
+		Encoder::integer(_writer, name.localNameId());
 	}
 }
 
@@ -1837,8 +1858,30 @@ void FastInfosetWriter::setWriteXMLDeclaration(bool write)
 
 void FastInfosetWriter::setExternalVocabulary(const std::string& uri, const DocumentVocabulary& vocabulary)
 {
+	// Vector tables find a value by walking through it: the difference the
+	// header takes would cost the square of their size. Map tables take any
+	// number of entries.
+	if (vocabulary.impl() == DocumentVocabulary::VOC_VECTOR)
+	{
+		setExternalVocabulary(uri, VocabularyDocument::withTables(vocabulary, DocumentVocabulary::VOC_MAP));
+		return;
+	}
 	_externalVocabularyURI = uri;
 	_externalVocabulary = vocabulary;
+	// The reader starts the document from the external vocabulary, so the
+	// writer must too: indexes of its own would name other entries there.
+	if (!VocabularyDocument::startsWith(_vocabulary, vocabulary)) _vocabulary = vocabulary;
+	// Strings are looked up only up to the indexed length: the vocabulary's
+	// longer ones would never be found.
+	for (DocumentVocabulary::ID id: {DocumentVocabulary::ATTRIBUTE_VALUE, DocumentVocabulary::OTHER_STRING, DocumentVocabulary::CONTENT_CHARACTER_CHUNK})
+	{
+		const VerbTable<std::string>& entries = vocabulary.vocabulary(id)->index();
+		for (std::size_t i = 0; i < entries.size(); ++i)
+		{
+			if (entries[i].size() > static_cast<std::size_t>(std::max(_maxIndexedStringLength, 0)))
+				_maxIndexedStringLength = static_cast<int>(std::min<std::size_t>(entries[i].size(), INT_MAX));
+		}
+	}
 }
 
 

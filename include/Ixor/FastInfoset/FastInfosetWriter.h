@@ -160,7 +160,14 @@ public:
 		/// Whether the document starts with "<?xml encoding='finf'?>".
 	void setExternalVocabulary(const std::string& uri, const DocumentVocabulary& vocabulary);
 		/// The document names uri as its external vocabulary and writes only
-		/// what its vocabulary holds beyond vocabulary.
+		/// what its vocabulary holds beyond vocabulary. A writer whose
+		/// vocabulary does not start with vocabulary's entries (a fresh one,
+		/// say) starts from a copy of vocabulary (vector tables are copied
+		/// into map tables), so that names and strings the vocabulary holds
+		/// go out as indexes. The indexed length (see
+		/// setMaxIndexedStringLength()) grows to the longest attribute value,
+		/// character chunk or other string of vocabulary, so that they are
+		/// looked up. Call it before startDocument().
 
 	// Document building
 	void startElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname);
