@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/StringDecoder.h"
 #include "ExternalVocabularyLoader.h"
 #include "FastDecoding.h"
+#include "PrimitiveForms.h"
 
 
 namespace Ixor {
@@ -20,6 +21,24 @@ namespace
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
 	const char* const LISTED_TWICE = "Initial vocabulary lists a value twice in one table";
 	const char* const TOO_LARGE = "Integer value larger than 2^20";
+
+
+	bool readField(BitStreamReader& reader, const PrimitiveForms::FormSet& forms, UInt64& value, bool& ok)
+		/// Reads a number bit by bit, where one window cannot take it: a read
+		/// past the end of the input reads 0 bits and clears ok, so that the
+		/// caller can name the end once the number is decoded. Returns false,
+		/// having read only the lead, when the lead names no form.
+	{
+		unsigned int lead = 0;
+		ok = reader.read(lead, forms.leadBits) && ok;
+		const PrimitiveForms::Form* pForm = PrimitiveForms::formOfLead(forms, lead);
+		if (!pForm) return false;
+		const int restBits = pForm->size - forms.leadBits;
+		unsigned long rest = 0;
+		if (restBits > 0) ok = reader.read(rest, restBits) && ok;
+		value = PrimitiveForms::valueOf(*pForm, (UInt64(lead) << restBits) | rest);
+		return true;
+	}
 }
 
 
@@ -92,8 +111,6 @@ void Decoder::skipAdditionalData(BitStreamReader& aReader)
 
 void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 {
-	// Whole fields in one step; what is cut short or needs a diagnosis takes
-	// the bit-by-bit path below.
 	int available = 0;
 	int size = 0;
 	const UInt64 window = aReader.window(available);
@@ -103,88 +120,20 @@ void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 		return;
 	}
 
-	// On a failed read the bits read as 0; the end of the input is reported
-	// once the value is decoded.
-	unsigned int next = 0;
-	bool ok = true;
-	unsigned int result = 0;
-	val = 0;
-	switch (aReader.bitPos())
+	// What the window does not hold whole, or what needs a diagnosis.
+	const int pos = aReader.bitPos();
+	const PrimitiveForms::FormSet* pForms = PrimitiveForms::integerFormsAt(pos);
+	if (!pForms)
 	{
-	case 0:
-		throw FISEncodingException("Illegal bit position 0: Integers can never start there");
-	case 1:
-		ok = aReader.read(val, 7);
-		if (val == 127) result = 0;
-		else if (val < 64) result = val + 1;
-		else if (val < 96)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 32) << 8) + next + 65;
-		}
-		else
-		{
-			// '111xxxx' other than 127 is read as the '110' form.
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 16) << 16) + next + 8257;
-		}
-		break;
-	case 2:
-		ok = aReader.read(val, 6);
-		if (val < 32) result = val + 1;
-		else if (val < 40)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 8) << 8) + next + 33;
-		}
-		else if (val < 48)
-		{
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 8) << 16) + next + 2081;
-		}
-		else
-		{
-			if (val != 48) throw FISEncodingException("Integer uses a reserved form");
-			aReader.skip(4);
-			ok = aReader.read(next, 20) && ok;
-			result = next + 526369;
-		}
-		break;
-	case 3:
-		ok = aReader.read(val, 5);
-		if (val < 16) result = val + 1;
-		else if (val < 20)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 4) << 8) + next + 17;
-		}
-		else if (val < 24)
-		{
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 4) << 16) + next + 1041;
-		}
-		else
-		{
-			// Any value from 24 up is the long form; the following bits are
-			// not checked.
-			aReader.skip(4);
-			ok = aReader.read(next, 20) && ok;
-			result = next + 263185;
-		}
-		break;
-	case 4:
-	case 6:
-		ok = aReader.read(val, 8);
-		val += 1;
-		if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
-		return;
-	default:
+		if (pos == 0) throw FISEncodingException("Illegal bit position 0: Integers can never start there");
 		throw FISEncodingException("Illegal bit position: No Integers are allowed to be read from pos 5 or 7.");
 	}
-	val = result;
+	UInt64 value = 0;
+	bool ok = true;
+	if (!readField(aReader, *pForms, value, ok)) throw FISEncodingException("Integer uses a reserved form");
+	val = static_cast<unsigned int>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
-	if (val > Encoder::MAXINT20) throw FISEncodingException(TOO_LARGE);
-	poco_assert(aReader.bitPos() == 0);
+	if (value > Encoder::MAXINT20) throw FISEncodingException(TOO_LARGE);
 }
 
 
@@ -210,60 +159,14 @@ void Decoder::nonEmptyStringLength(BitStreamReader& aReader, unsigned long& strL
 		return;
 	}
 
-	unsigned int bits = 0;
-	unsigned int next = 0;
+	const PrimitiveForms::FormSet* pForms = PrimitiveForms::stringLengthFormsAt(aReader.bitPos());
+	if (!pForms) throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
+	UInt64 value = 0;
 	bool ok = true;
-	strLen = 0;
-	switch (aReader.bitPos())
-	{
-	case 1:
-		ok = aReader.read(bits, 7);
-		if (bits < 64) strLen = bits + 1;
-		else if (bits == 64)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 65ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 321ul;
-		}
-		break;
-	case 4:
-		ok = aReader.read(bits, 4);
-		if (bits < 8) strLen = bits + 1;
-		else if (bits == 8)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 9ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 265ul;
-		}
-		break;
-	case 6:
-		ok = aReader.read(bits, 2);
-		if (bits < 2) strLen = bits + 1;
-		else if (bits == 2)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 3ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 259ul;
-		}
-		break;
-	default:
-		throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
-	}
+	readField(aReader, *pForms, value, ok);
+	strLen = static_cast<unsigned long>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while parsing string length");
 	poco_assert(aReader.bitPos() == 0);
-	poco_assert(strLen > 0);
 }
 
 
@@ -271,22 +174,11 @@ void Decoder::lengthOfSequence(BitStreamReader& aReader, unsigned int& length)
 {
 	if (aReader.bitPos() != 0)
 		throw FISEncodingException("Illegal startposition for a lengthOfSequence value");
-	unsigned char first = 0;
-	unsigned int bits = 0;
-	bool ok = aReader.peek(first, 1);
-	if (first == 0)
-	{
-		ok = aReader.read(bits, 8) && ok;
-		length = bits + 1;
-	}
-	else
-	{
-		// The three bits after the leading 1 are not looked at.
-		ok = aReader.read(bits, 24) && ok;
-		length = (bits % 0x100000) + 129;
-	}
+	UInt64 value = 0;
+	bool ok = true;
+	readField(aReader, PrimitiveForms::SEQUENCE_LENGTH, value, ok);
+	length = static_cast<unsigned int>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while parsing sequence length");
-	if (length == 0) throw FISEncodingException("Illegal value zero for lengthOfSequence");
 }
 
 
