@@ -47,6 +47,7 @@ void Encoder::integer(BitStreamWriter& aWriter, unsigned int val)
 
 void Encoder::pad0ThenInteger(BitStreamWriter& aWriter, unsigned int val)
 {
+	if (val > MAXINT20) throw FISEncodingException(TOO_LARGE);
 	if (aWriter.bitPos() != 0)
 	{
 		aWriter.write(false);
@@ -56,7 +57,7 @@ void Encoder::pad0ThenInteger(BitStreamWriter& aWriter, unsigned int val)
 	// The padding bit and the second-bit form together make whole octets.
 	UInt32 bits = 0;
 	int size = 0;
-	if (!FastEncoding::integerBits(1, val, bits, size)) throw FISEncodingException(TOO_LARGE);
+	FastEncoding::integerBits(1, val, bits, size);
 	aWriter.write(bits, size + 1);
 }
 
