@@ -6,8 +6,8 @@
 #include "Ixor/FastInfoset/FISException.h"
 #include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
-#include "ExternalVocabularyLoader.h"
 #include "FastDecoding.h"
+#include "HeaderListener.h"
 #include "PrimitiveForms.h"
 
 
@@ -70,7 +70,7 @@ void Decoder::documentPreHeader(BitStreamReader& aReader, std::string& xmlDeclar
 }
 
 
-Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
 	if (aReader.eof()) throw FISParseException(END_OF_HEADER);
 	poco_assert(aReader.bitPos() == 1);
@@ -86,9 +86,14 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 	parts.characterEncodingScheme = (bits & 0x04) != 0;
 	parts.standalone              = (bits & 0x02) != 0;
 	parts.version                 = (bits & 0x01) != 0;
+	if (pListener) pListener->presenceRead(bits);
 
-	if (additionalData) skipAdditionalData(aReader);
-	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler, pLoader);
+	if (additionalData)
+	{
+		skipAdditionalData(aReader);
+		if (pListener) pListener->additionalDataRead();
+	}
+	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler, pListener);
 	else vocabulary.reset();
 	return parts;
 }
@@ -267,47 +272,82 @@ void Decoder::skipEncodingAlgos(BitStreamReader& aReader, DocumentVocabulary& /*
 }
 
 
-void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
+	if (pListener) pListener->initialVocabularyStarts();
 	aReader.skip(3);
 	unsigned int flags = 0;
 	if (!aReader.read(flags, 13)) throw FISParseException("Unexpected end of stream while parsing initial vocabulary");
 	if (flags == 0) throw FISException("Initial Vocabulary detected with zero information in it - at least one dictionary required");
 
-	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler, pLoader);
+	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler, pListener);
 	else vocabulary.reset();
 
-	if (flags & 0x0800) handleRestrictedAlphabet(aReader, vocabulary);
-	if (flags & 0x0400) skipEncodingAlgos(aReader, vocabulary);
-	if (flags & 0x0200) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::PREFIX));
-	if (flags & 0x0100) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::NAMESPACE_NAME));
-	if (flags & 0x0080) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME));
-	if (flags & 0x0040) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_NCNAME));
-	if (flags & 0x0020) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_URI));
-	// The stream carries content character chunks before other strings,
-	// although their table identifiers are the other way round.
-	if (flags & 0x0010) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::ATTRIBUTE_VALUE), vocabulary);
-	if (flags & 0x0008) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::CONTENT_CHARACTER_CHUNK), vocabulary);
-	if (flags & 0x0004) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_STRING), vocabulary);
-	if (flags & 0x0002) handleNameSurrogatesVoc(aReader, vocabulary.elementVocabulary());
-	if (flags & 0x0001) handleNameSurrogatesVoc(aReader, vocabulary.attributeVocabulary());
+	// The lists in stream order, each with its flag. Content character
+	// chunks come before other strings, although their table identifiers
+	// are the other way round.
+	static const DocumentVocabulary::ID LISTS[] =
+	{
+		DocumentVocabulary::RESTRICTED_ALPHABET, DocumentVocabulary::ENCODING_ALGORITHM, DocumentVocabulary::PREFIX,
+		DocumentVocabulary::NAMESPACE_NAME, DocumentVocabulary::LOCAL_NAME, DocumentVocabulary::OTHER_NCNAME,
+		DocumentVocabulary::OTHER_URI, DocumentVocabulary::ATTRIBUTE_VALUE, DocumentVocabulary::CONTENT_CHARACTER_CHUNK,
+		DocumentVocabulary::OTHER_STRING, DocumentVocabulary::ELEMENT_NAME, DocumentVocabulary::ATTRIBUTE_NAME
+	};
+	unsigned int flag = 0x0800;
+	for (DocumentVocabulary::ID id: LISTS)
+	{
+		const bool present = (flags & flag) != 0;
+		flag >>= 1;
+		if (!present) continue;
+		std::size_t first = 0;
+		switch (id)
+		{
+		case DocumentVocabulary::RESTRICTED_ALPHABET:
+			first = vocabulary.restrictedAlphabets().alphabets().size();
+			handleRestrictedAlphabet(aReader, vocabulary);
+			break;
+		case DocumentVocabulary::ENCODING_ALGORITHM:
+			skipEncodingAlgos(aReader, vocabulary);
+			break;
+		case DocumentVocabulary::ELEMENT_NAME:
+		case DocumentVocabulary::ATTRIBUTE_NAME:
+		{
+			Vocabulary<QualifiedNameEntry>* pTable = id == DocumentVocabulary::ELEMENT_NAME ? vocabulary.elementVocabulary() : vocabulary.attributeVocabulary();
+			first = pTable->size();
+			handleNameSurrogatesVoc(aReader, pTable);
+			break;
+		}
+		case DocumentVocabulary::ATTRIBUTE_VALUE:
+		case DocumentVocabulary::CONTENT_CHARACTER_CHUNK:
+		case DocumentVocabulary::OTHER_STRING:
+			first = vocabulary.vocabulary(id)->size();
+			handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(id), vocabulary);
+			break;
+		default:
+			first = vocabulary.vocabulary(id)->size();
+			handleVocabulary(aReader, vocabulary.vocabulary(id));
+			break;
+		}
+		if (pListener) pListener->listRead(id, first);
+	}
 }
 
 
-void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
 	aReader.skip(1);
 	std::string uri;
 	nonEmptyOctetString(aReader, uri);
-	if (pLoader)
+	if (pListener)
 	{
+		pListener->externalVocabularyNamed(uri);
 		// A handler without which the document can still be read learns of
 		// what was loaded, not of a vocabulary given in advance.
-		if (pLoader->load(uri, vocabulary) && pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
+		if (pListener->loadExternalVocabulary(uri, vocabulary) && pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
 		return;
 	}
 	// The vocabulary that already carries this URI is kept as it is.
-	if (uri != vocabulary.getURI()) throw FISException(ExternalVocabularyLoader::LOADING_DISABLED, uri);
+	if (uri != vocabulary.getURI()) throw FISException(HeaderListener::LOADING_DISABLED, uri);
 }
 
 
