@@ -23,6 +23,25 @@ namespace
 	const char* const TOO_LARGE = "Integer value larger than 2^20";
 
 
+	template <class T>
+	void addOnce(Vocabulary<T>& table, const T& value)
+	{
+		bool existed = false;
+		table.index(value, existed);
+		if (existed) throw FISEncodingException(LISTED_TWICE);
+	}
+
+
+	template <class ReadItem>
+	void readSequence(BitStreamReader& reader, ReadItem readItem)
+		/// A sequence length and that many items.
+	{
+		unsigned int count = 0;
+		Decoder::lengthOfSequence(reader, count);
+		for (unsigned int i = 0; i < count; ++i) readItem();
+	}
+
+
 	bool readField(BitStreamReader& reader, const PrimitiveForms::FormSet& forms, UInt64& value, bool& ok)
 		/// Reads a number bit by bit, where one window cannot take it: a read
 		/// past the end of the input reads 0 bits and clears ok, so that the
@@ -101,16 +120,14 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 
 void Decoder::skipAdditionalData(BitStreamReader& aReader)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string octets;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, octets);
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, octets);
-	}
+	});
 }
 
 
@@ -193,9 +210,7 @@ QualifiedNameEntry Decoder::nameSurrogate(BitStreamReader& aReader)
 		throw FISEncodingException("Illegal startposition for a nameSurrogate value");
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	bool ok = aReader.read(prefixPresent);
-	ok = aReader.read(namespacePresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while reading surrogate");
+	FastDecoding::twoFlags(aReader, prefixPresent, namespacePresent, "Unexpected end of stream while reading surrogate");
 
 	unsigned int prefixId = 0xFFFFFFFF;
 	unsigned int namespaceId = 0xFFFFFFFF;
@@ -261,14 +276,12 @@ void Decoder::encodedCharacterString(BitStreamReader& aReader, std::string& text
 void Decoder::skipEncodingAlgos(BitStreamReader& aReader, DocumentVocabulary& /*vocabulary*/)
 {
 	// Algorithms named by URI cannot be registered: their URIs are dropped.
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string uri;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, uri);
-	}
+	});
 }
 
 
@@ -353,62 +366,48 @@ void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabul
 
 void Decoder::handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string characters;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, characters);
 		vocabulary.restrictedAlphabets().add(characters);
-	}
+	});
 }
 
 
 void Decoder::handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>* pTable)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string value;
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, value);
-		pTable->index(value, existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, value);
+	});
 }
 
 
 void Decoder::handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabulary<std::string>* pTable, DocumentVocabulary& vocabulary)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string value;
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(2);
 		encodedCharacterString(aReader, value, vocabulary);
-		pTable->index(value, existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, value);
+	});
 }
 
 
 void Decoder::handleNameSurrogatesVoc(BitStreamReader& aReader, Vocabulary<QualifiedNameEntry>* pTable)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(6);
 		// Absent prefix and namespace indexes (0xFFFFFFFF) are kept as they are.
-		pTable->index(nameSurrogate(aReader), existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, nameSurrogate(aReader));
+	});
 }
 
 

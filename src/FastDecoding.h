@@ -18,6 +18,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Ixor/FastInfoset/DocumentRestrictedAlphabet.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "Poco/NumberFormatter.h"
@@ -67,6 +68,17 @@ inline bool sequenceLengthAt(UInt64 w, int available, unsigned int& length, int&
 	/// of w, on an octet boundary.
 {
 	return PrimitiveForms::decode<PrimitiveForms::SEQUENCE_LENGTH>(w, available, length, size);
+}
+
+
+inline void twoFlags(BitStreamReader& r, bool& first, bool& second, const char* endMessage)
+	/// Two bits that say which of two optional parts follow; FISParseException
+	/// with endMessage when the input ends before them.
+{
+	unsigned char bits = 0;
+	if (!r.read(bits, 2)) throw FISParseException(endMessage);
+	first = (bits & 2) != 0;
+	second = (bits & 1) != 0;
 }
 
 

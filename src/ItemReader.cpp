@@ -158,9 +158,7 @@ const ItemReader::NameEntry& ItemReader::readQualifiedName(BitStreamReader& r, b
 	r.skip(pos == 1 ? 5 : 4);
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	bool ok = r.read(prefixPresent);
-	ok = r.read(namespacePresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while parsing qualified name");
+	FastDecoding::twoFlags(r, prefixPresent, namespacePresent, "Unexpected end of stream while parsing qualified name");
 	unsigned int prefixIndex = 0;
 	unsigned int namespaceIndex = 0;
 	unsigned int localIndex = 0;

@@ -618,13 +618,13 @@ void ItemReader::readNotation(BitStreamReader& r, Sink& sink)
 	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a Notation value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	bool ok = r.read(systemPresent);
-	ok = r.read(publicPresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while parsing notation");
+	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing notation");
 	Coding codings[3];
+	Coding* pSystemCoding = wanted<Sink>(codings[1]);
+	Coding* pPublicCoding = wanted<Sink>(codings[2]);
 	const std::string* pName = readIdentifying(r, DocumentVocabulary::OTHER_NCNAME, wanted<Sink>(codings[0]));
-	const std::string* pSystemId = systemPresent ? readIdentifying(r, DocumentVocabulary::OTHER_URI, wanted<Sink>(codings[1])) : 0;
-	const std::string* pPublicId = publicPresent ? readIdentifying(r, DocumentVocabulary::OTHER_URI, wanted<Sink>(codings[2])) : 0;
+	const std::string* pSystemId = systemPresent ? readIdentifying(r, DocumentVocabulary::OTHER_URI, pSystemCoding) : 0;
+	const std::string* pPublicId = publicPresent ? readIdentifying(r, DocumentVocabulary::OTHER_URI, pPublicCoding) : 0;
 	if constexpr (Sink::DETAILED) sink.noteNotation(octet, codings[0], codings[1], codings[2]);
 	sink.notation(*pName, pPublicId, pSystemId);
 }
@@ -863,9 +863,7 @@ void ItemReader::readNamespaceAttribute(BitStreamReader& r, Sink& sink)
 	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a NamespaceAttribute value");
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	bool ok = r.read(prefixPresent);
-	ok = r.read(namespacePresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while parsing namespace attribute");
+	FastDecoding::twoFlags(r, prefixPresent, namespacePresent, "Unexpected end of stream while parsing namespace attribute");
 
 	Coding prefix;
 	Coding uri;
@@ -1072,9 +1070,7 @@ void ItemReader::readDocumentTypeDeclaration(BitStreamReader& r, Sink& sink)
 	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a DocumentTypeDeclaration value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	bool ok = r.read(systemPresent);
-	ok = r.read(publicPresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while parsing document type declaration");
+	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing document type declaration");
 	Coding systemCoding;
 	Coding publicCoding;
 	const std::string* pSystemId = readCondIdentifying(r, systemPresent, DocumentVocabulary::OTHER_URI, wanted<Sink>(systemCoding));
@@ -1107,9 +1103,7 @@ void ItemReader::readEntityReference(BitStreamReader& r, Sink& sink)
 	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a Notation value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	bool ok = r.read(systemPresent);
-	ok = r.read(publicPresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while parsing unexpanded entity reference");
+	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing unexpanded entity reference");
 	Coding codings[3];
 	const std::string* pName = readIdentifying(r, DocumentVocabulary::OTHER_NCNAME, wanted<Sink>(codings[0]));
 	const std::string* pSystemId = readCondIdentifying(r, systemPresent, DocumentVocabulary::OTHER_URI, wanted<Sink>(codings[1]));

@@ -117,6 +117,16 @@ namespace
 	}
 
 
+	void appendPart(std::string& text, std::string& hows, const char* label, const Coding& coding, const std::string& value)
+		/// A part that an item may have (a system or public identifier): to
+		/// the item's text, and how it was coded to the list of hows.
+	{
+		if (coding.form == Coding::ABSENT) return;
+		text += std::string(" ") + label + " " + TextFormat::quoted(value, 80);
+		hows += (hows.empty() ? "  " : ", ") + std::string(label) + " " + how(coding);
+	}
+
+
 	std::string qualifiedName(const std::string& prefix, const std::string& localName)
 	{
 		return prefix.empty() ? localName : prefix + ":" + localName;
@@ -384,16 +394,8 @@ void DocumentDumper::Listing::notation(const std::string& name, const std::strin
 {
 	std::string text = "notation " + name;
 	std::string hows = "name " + how(_codings[0]);
-	if (pSystemId)
-	{
-		text += " system " + TextFormat::quoted(*pSystemId, 80);
-		hows += ", system " + how(_codings[1]);
-	}
-	if (pPublicId)
-	{
-		text += " public " + TextFormat::quoted(*pPublicId, 80);
-		hows += ", public " + how(_codings[2]);
-	}
+	appendPart(text, hows, "system", _codings[1], pSystemId ? *pSystemId : std::string());
+	appendPart(text, hows, "public", _codings[2], pPublicId ? *pPublicId : std::string());
 	_summary.countDeclaration();
 	line(_octet, 1, text + "  " + hows);
 }
@@ -411,13 +413,10 @@ void DocumentDumper::Listing::noteUnparsedEntity(Poco::UInt64 octet, const Codin
 
 void DocumentDumper::Listing::unparsedEntity(const std::string& name, const std::string* pPublicId, const std::string& systemId, const std::string& notationName)
 {
-	std::string text = "unparsed entity " + name + " system " + TextFormat::quoted(systemId, 80);
-	std::string hows = "name " + how(_codings[0]) + ", system " + how(_codings[1]);
-	if (_codings[2].form != Coding::ABSENT)
-	{
-		text += " public " + TextFormat::quoted(pPublicId ? *pPublicId : std::string(), 80);
-		hows += ", public " + how(_codings[2]);
-	}
+	std::string text = "unparsed entity " + name;
+	std::string hows = "name " + how(_codings[0]);
+	appendPart(text, hows, "system", _codings[1], systemId);
+	appendPart(text, hows, "public", _codings[2], pPublicId ? *pPublicId : std::string());
 	text += " notation " + notationName;
 	hows += ", notation " + how(_codings[3]);
 	_summary.countDeclaration();
@@ -614,16 +613,8 @@ void DocumentDumper::Listing::startDTD(const std::string& publicId, const std::s
 {
 	std::string text = "doctype";
 	std::string hows;
-	if (_codings[0].form != Coding::ABSENT)
-	{
-		text += " system " + TextFormat::quoted(systemId, 80);
-		hows = "  system " + how(_codings[0]);
-	}
-	if (_codings[1].form != Coding::ABSENT)
-	{
-		text += " public " + TextFormat::quoted(publicId, 80);
-		hows += (hows.empty() ? "  public " : ", public ") + how(_codings[1]);
-	}
+	appendPart(text, hows, "system", _codings[0], systemId);
+	appendPart(text, hows, "public", _codings[1], publicId);
 	_summary.countDeclaration();
 	line(_octet, _depth, text + hows);
 	_inDTD = true;
@@ -640,16 +631,8 @@ void DocumentDumper::Listing::entityReference(Poco::UInt64 octet, const std::str
 {
 	std::string text = "entity reference &" + name + ";";
 	std::string hows = "  name " + how(codings[0]);
-	if (codings[1].form != Coding::ABSENT)
-	{
-		text += " system " + TextFormat::quoted(systemId, 80);
-		hows += ", system " + how(codings[1]);
-	}
-	if (codings[2].form != Coding::ABSENT)
-	{
-		text += " public " + TextFormat::quoted(publicId, 80);
-		hows += ", public " + how(codings[2]);
-	}
+	appendPart(text, hows, "system", codings[1], systemId);
+	appendPart(text, hows, "public", codings[2], publicId);
 	_summary.countDeclaration();
 	line(octet, _depth, text + hows + " (the parser reports it to nobody)");
 }
