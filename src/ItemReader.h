@@ -253,6 +253,7 @@ private:
 	template <class Sink> void endElement(const NameEntry& element, Sink& sink);
 	template <class Sink> bool readCharacterChunkFast(BitStreamReader& r, UInt64 window, int available, Sink& sink);
 	template <class Sink> void readCharacterChunk(BitStreamReader& r, Sink& sink);
+	template <class Sink> void indexedChunk(UInt64 octet, unsigned int index, int size, Sink& sink);
 	template <class Sink> void readComment(BitStreamReader& r, Sink& sink);
 	template <class Sink> void readProcessingInstruction(BitStreamReader& r, UInt64 octet, Sink& sink);
 	template <class Sink> void readDocumentTypeDeclaration(BitStreamReader& r, Sink& sink);
@@ -300,6 +301,7 @@ private:
 
 	static std::string located(BitStreamReader& r, const std::string& message);
 	[[noreturn]] static void noEntry(int table, unsigned int index);
+	static Coding indexed(DocumentVocabulary::ID table, unsigned int index, UInt64 bits);
 	static void record(Coding* pCoding, Coding::Form form, DocumentVocabulary::ID table, unsigned int index, UInt64 startBit, const BitStreamReader& r);
 
 	DocumentVocabulary                _vocabulary;
@@ -369,6 +371,17 @@ inline const ItemReader::Attribute* ItemReader::attributes() const
 inline std::size_t ItemReader::attributeCount() const
 {
 	return _attributeCount;
+}
+
+
+inline ItemReader::Coding ItemReader::indexed(DocumentVocabulary::ID table, unsigned int index, UInt64 bits)
+{
+	Coding coding;
+	coding.form = Coding::INDEXED;
+	coding.table = table;
+	coding.index = index;
+	coding.bits = bits;
+	return coding;
 }
 
 
@@ -701,17 +714,7 @@ void ItemReader::readChildren(BitStreamReader& r, Sink& sink)
 				r.advance(skip + 3 + size);
 				window <<= 3 + size;
 				available -= 3 + size;
-				const std::string& text = deliveredAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
-				if constexpr (Sink::DETAILED)
-				{
-					Coding coding;
-					coding.form = Coding::INDEXED;
-					coding.table = DocumentVocabulary::CONTENT_CHARACTER_CHUNK;
-					coding.index = index;
-					coding.bits = 1 + size;
-					sink.noteChunk(octet, coding);
-				}
-				sink.characters(text.data(), text.size());
+				indexedChunk(octet, index, size, sink);
 				continue;
 			}
 		}
@@ -797,10 +800,7 @@ bool ItemReader::readElementFast(BitStreamReader& r, UInt64 window, int availabl
 	{
 		NameCoding coding;
 		wanted<Sink>(coding);
-		coding.name.form = Coding::INDEXED;
-		coding.name.table = DocumentVocabulary::ELEMENT_NAME;
-		coding.name.index = index;
-		coding.name.bits = size;
+		coding.name = indexed(DocumentVocabulary::ELEMENT_NAME, index, size);
 		sink.noteElement(octet, coding);
 	}
 	startElement(*pElement, sink);
@@ -902,13 +902,7 @@ void ItemReader::readAttributes(BitStreamReader& r, Sink& sink)
 		if ((name >> 60) != 15 && FastDecoding::integerAt(1, name, available - 1, nameIndex, nameSize)
 			&& (pName = usedName(nameIndex, false)) != 0)
 		{
-			if constexpr (Sink::DETAILED)
-			{
-				nameCoding.name.form = Coding::INDEXED;
-				nameCoding.name.table = DocumentVocabulary::ATTRIBUTE_NAME;
-				nameCoding.name.index = nameIndex;
-				nameCoding.name.bits = nameSize;
-			}
+			if constexpr (Sink::DETAILED) nameCoding.name = indexed(DocumentVocabulary::ATTRIBUTE_NAME, nameIndex, nameSize);
 			const UInt64 value = name << nameSize;
 			const int rest = available - 1 - nameSize;
 			if (rest > 0 && (value >> 63) && FastDecoding::integerAt(1, value << 1, rest - 1, valueIndex, valueSize))
@@ -917,11 +911,7 @@ void ItemReader::readAttributes(BitStreamReader& r, Sink& sink)
 				addAttribute(*pName, deliveredAt(DocumentVocabulary::ATTRIBUTE_VALUE, valueIndex));
 				if constexpr (Sink::DETAILED)
 				{
-					valueCoding.form = Coding::INDEXED;
-					valueCoding.table = DocumentVocabulary::ATTRIBUTE_VALUE;
-					valueCoding.index = valueIndex;
-					valueCoding.bits = 1 + valueSize;
-					sink.noteAttribute(octet, nameCoding, valueCoding);
+					sink.noteAttribute(octet, nameCoding, indexed(DocumentVocabulary::ATTRIBUTE_VALUE, valueIndex, 1 + valueSize));
 				}
 				continue;
 			}
@@ -969,6 +959,16 @@ void ItemReader::endElement(const NameEntry& element, Sink& sink)
 
 
 template <class Sink>
+inline void ItemReader::indexedChunk(UInt64 octet, unsigned int index, int size, Sink& sink)
+	/// A chunk given by an index of size bits.
+{
+	const std::string& text = deliveredAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
+	if constexpr (Sink::DETAILED) sink.noteChunk(octet, indexed(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index, 1 + size));
+	sink.characters(text.data(), text.size());
+}
+
+
+template <class Sink>
 bool ItemReader::readCharacterChunkFast(BitStreamReader& r, UInt64 window, int available, Sink& sink)
 	/// The common chunks, from the window that begins after the chunk's two
 	/// bits: an index, or a UTF-8 literal, reported as they stand in the
@@ -982,17 +982,7 @@ bool ItemReader::readCharacterChunkFast(BitStreamReader& r, UInt64 window, int a
 	{
 		if (!FastDecoding::integerAt(3, window << 1, available - 1, index, size)) return false;
 		r.advance(1 + size);
-		const std::string& text = deliveredAt(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, index);
-		if constexpr (Sink::DETAILED)
-		{
-			Coding coding;
-			coding.form = Coding::INDEXED;
-			coding.table = DocumentVocabulary::CONTENT_CHARACTER_CHUNK;
-			coding.index = index;
-			coding.bits = 1 + size;
-			sink.noteChunk(octet, coding);
-		}
-		sink.characters(text.data(), text.size());
+		indexedChunk(octet, index, size, sink);
 		return true;
 	}
 	const UInt64 start = Sink::DETAILED ? bitOffset(r) : 0;
