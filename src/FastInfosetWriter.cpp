@@ -39,16 +39,9 @@ namespace
 	}
 
 	const char* const VECTOR_REFUSED = "A DocumentVocabulary with VOC_VECTOR implementation cannot be used by FastInfosetWriter";
-}
 
-
-class FastInfosetWriter::Impl
-	/// The writer's state: its output and vocabulary, and the parts that
-	/// follow the document (each class says what it keeps). The event logic
-	/// is FastInfosetWriter's; what it shares lives here.
-{
-public:
 	enum State
+		/// What the innermost open construct is.
 	{
 		UNINITIALIZED,
 		DOCUMENT,
@@ -65,7 +58,24 @@ public:
 		BODY,          // the header is written
 		ENDED
 	};
+}
 
+
+// A class nested in an exported one is exported with it: the writer's state
+// is the library's own, and its types stay out of the exported symbols.
+#if defined(__GNUC__) || defined(__clang__)
+	#define FastInfoset_HIDDEN __attribute__ ((visibility ("hidden")))
+#else
+	#define FastInfoset_HIDDEN
+#endif
+
+
+class FastInfoset_HIDDEN FastInfosetWriter::Impl
+	/// The writer's state: its output and vocabulary, and the parts that
+	/// follow the document (each class says what it keeps). The event logic
+	/// is FastInfosetWriter's; what it shares lives here.
+{
+public:
 	Impl(std::ostream& out, bool writeXMLDeclaration, DocumentVocabulary::VocabularyImpl impl);
 	Impl(std::ostream& out, bool writeXMLDeclaration, const DocumentVocabulary& vocabulary);
 
@@ -270,25 +280,25 @@ void FastInfosetWriter::setDocumentLocator(const Ixor::XML::Locator*)
 void FastInfosetWriter::startDocument()
 {
 	Impl& w = *_pImpl;
-	if (w.progress == Impl::ENDED) w.refuse("startDocument()");
-	if (w.progress != Impl::NOT_STARTED) throw FISException("startDocument() inside a document");
-	w.pushState(Impl::DOCUMENT);
+	if (w.progress == ENDED) w.refuse("startDocument()");
+	if (w.progress != NOT_STARTED) throw FISException("startDocument() inside a document");
+	w.pushState(DOCUMENT);
 	w.namespaces.startDocument();
-	w.progress = Impl::PROLOG;
+	w.progress = PROLOG;
 }
 
 
 void FastInfosetWriter::endDocument()
 {
 	Impl& w = *_pImpl;
-	if (w.progress != Impl::BODY && w.progress != Impl::PROLOG) w.refuse("endDocument()");
-	if (w.states.back() != Impl::DOCUMENT) w.refuse("endDocument()");
-	if (w.progress == Impl::PROLOG) w.writeProlog();
+	if (w.progress != BODY && w.progress != PROLOG) w.refuse("endDocument()");
+	if (w.states.back() != DOCUMENT) w.refuse("endDocument()");
+	if (w.progress == PROLOG) w.writeProlog();
 	if (!w.values.empty()) w.flushValues();
 	w.items.terminator();
 	w.bits.complete();
 	w.popState();
-	w.progress = Impl::ENDED;
+	w.progress = ENDED;
 }
 
 
@@ -305,7 +315,7 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	// Everything is checked: the element goes out.
 	WriterTables::StoredName stored;
 	w.items.element(w.element, uri, name, stored);
-	w.pushState(Impl::ELEMENT);
+	w.pushState(ELEMENT);
 	w.rootStarted = true;
 	w.openElements.push(stored, w.vocabulary.revision(), w.element.prefix(), uri, name);
 }
@@ -314,7 +324,7 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 void FastInfosetWriter::endElement(const XMLString& uri, const XMLString& localName, const XMLString& qname)
 {
 	Impl& w = *_pImpl;
-	if (w.states.back() != Impl::ELEMENT) w.refuse("endElement()", qname.empty() ? localName : qname);
+	if (w.states.back() != ELEMENT) w.refuse("endElement()", qname.empty() ? localName : qname);
 	if (!w.openElements.topMatches(uri, localName, qname, w.vocabulary.revision()))
 	{
 		const std::string endName = !qname.empty() ? qname : uri.empty() ? localName : "{" + uri + "}" + localName;
@@ -435,16 +445,16 @@ void FastInfosetWriter::ignorableWhitespace(const XMLChar ch[], int start, int l
 void FastInfosetWriter::startCDATA()
 {
 	Impl& w = *_pImpl;
-	if (w.states.back() == Impl::CDATA_SECTION) throw FISException("Cannot nest CDATA sections");
+	if (w.states.back() == CDATA_SECTION) throw FISException("Cannot nest CDATA sections");
 	if (w.openElements.depth() == 0) w.refuse("startCDATA()");
-	w.pushState(Impl::CDATA_SECTION);
+	w.pushState(CDATA_SECTION);
 }
 
 
 void FastInfosetWriter::endCDATA()
 {
 	Impl& w = *_pImpl;
-	if (w.states.back() != Impl::CDATA_SECTION) throw FISException("endCDATA() without startCDATA()");
+	if (w.states.back() != CDATA_SECTION) throw FISException("endCDATA() without startCDATA()");
 	if (!w.values.empty()) w.flushValues();
 	w.popState();
 }
@@ -453,9 +463,9 @@ void FastInfosetWriter::endCDATA()
 void FastInfosetWriter::processingInstruction(const XMLString& target, const XMLString& data)
 {
 	Impl& w = *_pImpl;
-	if (w.progress != Impl::BODY)
+	if (w.progress != BODY)
 	{
-		if (w.progress != Impl::PROLOG) w.refuse("processingInstruction()", target);
+		if (w.progress != PROLOG) w.refuse("processingInstruction()", target);
 		ItemWriter::checkName(target, DocumentVocabulary::OTHER_NCNAME);
 		w.prolog.addProcessingInstruction(target, data);
 		return;
@@ -537,7 +547,7 @@ void FastInfosetWriter::encodedData(const Ixor::UUID& value)
 void FastInfosetWriter::notationDecl(const XMLString& name, const XMLString* publicId, const XMLString* systemId)
 {
 	Impl& w = *_pImpl;
-	if (w.progress != Impl::NOT_STARTED && w.progress != Impl::PROLOG) w.refuse("notationDecl()", name);
+	if (w.progress != NOT_STARTED && w.progress != PROLOG) w.refuse("notationDecl()", name);
 	ItemWriter::checkName(name, DocumentVocabulary::OTHER_NCNAME);
 	w.prolog.addNotation(name, publicId, systemId);
 }
@@ -546,7 +556,7 @@ void FastInfosetWriter::notationDecl(const XMLString& name, const XMLString* pub
 void FastInfosetWriter::unparsedEntityDecl(const XMLString& name, const XMLString* publicId, const XMLString& systemId, const XMLString& notationName)
 {
 	Impl& w = *_pImpl;
-	if (w.progress != Impl::NOT_STARTED && w.progress != Impl::PROLOG) w.refuse("unparsedEntityDecl()", name);
+	if (w.progress != NOT_STARTED && w.progress != PROLOG) w.refuse("unparsedEntityDecl()", name);
 	ItemWriter::checkName(name, DocumentVocabulary::OTHER_NCNAME);
 	ItemWriter::checkName(notationName, DocumentVocabulary::OTHER_NCNAME);
 	w.prolog.addUnparsedEntity(name, publicId, systemId, notationName);
@@ -556,20 +566,20 @@ void FastInfosetWriter::unparsedEntityDecl(const XMLString& name, const XMLStrin
 void FastInfosetWriter::startDTD(const XMLString&, const XMLString& publicId, const XMLString& systemId)
 {
 	Impl& w = *_pImpl;
-	if ((w.progress != Impl::PROLOG && w.progress != Impl::BODY) || w.states.back() == Impl::DTD) w.refuse("startDTD()");
-	if (w.progress == Impl::PROLOG) w.prolog.addDTDStart(publicId, systemId);
+	if ((w.progress != PROLOG && w.progress != BODY) || w.states.back() == DTD) w.refuse("startDTD()");
+	if (w.progress == PROLOG) w.prolog.addDTDStart(publicId, systemId);
 	else if (!w.values.empty()) w.flushValues();
-	w.pushState(Impl::DTD);
-	if (w.progress == Impl::BODY) w.items.documentTypeDeclaration(publicId, systemId);
+	w.pushState(DTD);
+	if (w.progress == BODY) w.items.documentTypeDeclaration(publicId, systemId);
 }
 
 
 void FastInfosetWriter::endDTD()
 {
 	Impl& w = *_pImpl;
-	if (w.states.back() != Impl::DTD) throw FISException("endDTD() without startDTD()");
+	if (w.states.back() != DTD) throw FISException("endDTD() without startDTD()");
 	w.popState();
-	if (w.progress == Impl::PROLOG) w.prolog.addDTDEnd();
+	if (w.progress == PROLOG) w.prolog.addDTDEnd();
 	else w.items.documentTypeDeclarationEnd();
 }
 
@@ -587,11 +597,11 @@ void FastInfosetWriter::endEntity(const XMLString&)
 void FastInfosetWriter::comment(const XMLChar ch[], int start, int length)
 {
 	Impl& w = *_pImpl;
-	if (w.states.back() == Impl::DTD) return;
+	if (w.states.back() == DTD) return;
 	const std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
-	if (w.progress != Impl::BODY)
+	if (w.progress != BODY)
 	{
-		if (w.progress != Impl::PROLOG) w.refuse("comment()");
+		if (w.progress != PROLOG) w.refuse("comment()");
 		w.prolog.addComment(ch + start, size);
 		return;
 	}

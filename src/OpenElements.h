@@ -92,7 +92,7 @@ inline void OpenElements::push(const WriterTables::StoredName& stored, UInt64 re
 
 inline void OpenElements::pop()
 {
-	if (_elements[_depth - 1].copies != 0) _copies.resize(_copies.size() - _elements[_depth - 1].copies);
+	for (int i = _elements[_depth - 1].copies; i > 0; --i) _copies.pop_back();
 	--_depth;
 }
 
