@@ -1,9 +1,17 @@
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/BitStreamWriter.h"
+#include "Ixor/FastInfoset/BoolEncoding.h"
 #include "Ixor/FastInfoset/DWordEncoding.h"
+#include "Ixor/FastInfoset/DoubleEncoding.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FloatEncoding.h"
+#include "Ixor/FastInfoset/IntEncoding.h"
+#include "Ixor/FastInfoset/LongEncoding.h"
+#include "Ixor/FastInfoset/ShortEncoding.h"
+#include "Ixor/FastInfoset/UUIDEncoding.h"
 #include "Ixor/FastInfoset/VerbTable.h"
 #include "Ixor/FastInfoset/VocabularyDocument.h"
+#include "AlgorithmTable.h"
 #include "DeferredProlog.h"
 #include "HeaderWriter.h"
 #include "ItemWriter.h"
@@ -84,8 +92,8 @@ public:
 	[[noreturn]] void refuse(const char* event, const std::string& name = std::string()) const;
 	void writeText(const char* text, std::size_t length);
 	void flushValues();
-	template <class T>
-	void appendValue(const T& value);
+	template <class E, class... Parts>
+	void appendValue(unsigned int type, const Parts&... parts);
 	void pushState(State state);
 	void popState();
 
@@ -219,11 +227,12 @@ void FastInfosetWriter::Impl::flushValues()
 }
 
 
-template <class T>
-void FastInfosetWriter::Impl::appendValue(const T& value)
+template <class E, class... Parts>
+void FastInfosetWriter::Impl::appendValue(unsigned int type, const Parts&... parts)
+	/// A typed value of algorithm type and class E, made of parts.
 {
-	if (openElements.depth() == 0) refuse("encodedData()");
-	values.append(value);
+	if (openElements.depth() == 0) refuse(type == AlgorithmTable::BASE64 ? "binaryData()" : "encodedData()");
+	values.append<E>(type, parts...);
 }
 
 
@@ -494,50 +503,49 @@ void FastInfosetWriter::binaryData(const char* data, std::size_t length)
 {
 	// No octets make no value: the constructor refuses them.
 	if (length == 0) Ixor::AutoPtr<Encoding> refused(new DWordEncoding(data, length));
-	if (_pImpl->openElements.depth() == 0) _pImpl->refuse("binaryData()");
-	_pImpl->values.appendOctets(data, length);
+	_pImpl->appendValue<DWordEncoding>(AlgorithmTable::BASE64, data, length);
 }
 
 
 void FastInfosetWriter::encodedData(short value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<ShortEncoding>(AlgorithmTable::SHORT, value);
 }
 
 
 void FastInfosetWriter::encodedData(int value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<IntEncoding>(AlgorithmTable::INT, value);
 }
 
 
 void FastInfosetWriter::encodedData(long value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<LongEncoding>(AlgorithmTable::LONG, value);
 }
 
 
 void FastInfosetWriter::encodedData(bool value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<BoolEncoding>(AlgorithmTable::BOOLEAN, value);
 }
 
 
 void FastInfosetWriter::encodedData(float value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<FloatEncoding>(AlgorithmTable::FLOAT, value);
 }
 
 
 void FastInfosetWriter::encodedData(double value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<DoubleEncoding>(AlgorithmTable::DOUBLE, value);
 }
 
 
 void FastInfosetWriter::encodedData(const Ixor::UUID& value)
 {
-	_pImpl->appendValue(value);
+	_pImpl->appendValue<UUIDEncoding>(AlgorithmTable::UUID, value);
 }
 
 

@@ -53,8 +53,7 @@ void HeaderWriter::write(bool xmlDeclaration, const DocumentVocabulary& vocabula
 	_writer.write(hasVersion);
 
 	if (hasInitialVocabulary) writeInitialVocabulary(initialVocabulary, externalURI);
-	if (hasNotations) writeNotations(prolog.notations());
-	if (hasUnparsedEntities) writeUnparsedEntities(prolog.unparsedEntities());
+	writeDeclarations(prolog);
 }
 
 
@@ -160,34 +159,27 @@ void HeaderWriter::writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc
 }
 
 
-void HeaderWriter::writeNotations(const std::vector<Notation>& notations)
+void HeaderWriter::writeDeclarations(const DeferredProlog& prolog)
+	/// The notations, then the unparsed entities, each list ended by a
+	/// terminator and padding.
 {
-	poco_assert(!notations.empty());
+	// A record keeps an absent identifier as an empty string; an empty
+	// identifier is written as absent.
+	auto given = [](const std::string& identifier) { return identifier.empty() ? 0 : &identifier; };
+	const std::vector<Notation>& notations = prolog.notations();
 	for (const Notation& notation: notations)
 	{
 		_writer.write(0x30u, 6);                  // 110000
-		// A notation record keeps an absent identifier as an empty string;
-		// an empty identifier is written as absent.
-		_items.notation(notation.getName(),
-			notation.getPublicId().empty() ? 0 : &notation.getPublicId(),
-			notation.getSystemId().empty() ? 0 : &notation.getSystemId());
+		_items.notation(notation.getName(), given(notation.getPublicId()), given(notation.getSystemId()));
 	}
-	_writer.write(0xF0u, 8);
-}
-
-
-void HeaderWriter::writeUnparsedEntities(const std::vector<UnparsedEntity>& unparsedEntities)
-{
-	poco_assert(!unparsedEntities.empty());
-	for (const UnparsedEntity& entity: unparsedEntities)
+	if (!notations.empty()) _writer.write(0xF0u, 8);
+	const std::vector<UnparsedEntity>& entities = prolog.unparsedEntities();
+	for (const UnparsedEntity& entity: entities)
 	{
 		_writer.write(0x68u, 7);                  // 1101000
-		_items.unparsedEntity(entity.getName(),
-			entity.getPublicId().empty() ? 0 : &entity.getPublicId(),
-			entity.getSystemId(),
-			entity.getNotationName());
+		_items.unparsedEntity(entity.getName(), given(entity.getPublicId()), entity.getSystemId(), entity.getNotationName());
 	}
-	_writer.write(0xF0u, 8);
+	if (!entities.empty()) _writer.write(0xF0u, 8);
 }
 
 

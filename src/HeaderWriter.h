@@ -43,8 +43,7 @@ private:
 	void writeRestrictedAlphabets(const DocumentRestrictedAlphabet& alphabets);
 	void writeStrings(const Vocabulary<std::string>& voc, unsigned int lead, int leadSize);
 	void writeNameSurrogates(const Vocabulary<QualifiedNameEntry>& voc);
-	void writeNotations(const std::vector<Notation>& notations);
-	void writeUnparsedEntities(const std::vector<UnparsedEntity>& unparsedEntities);
+	void writeDeclarations(const DeferredProlog& prolog);
 
 	BitStreamWriter& _writer;
 	ItemWriter&      _items;

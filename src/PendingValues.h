@@ -38,15 +38,10 @@ public:
 
 	bool empty() const;
 
-	void append(short value);
-	void append(int value);
-	void append(long value);
-	void append(bool value);
-	void append(float value);
-	void append(double value);
-	void append(const Ixor::UUID& value);
-	void appendOctets(const char* data, std::size_t length);
-		/// length is not 0.
+	template <class E, class... Values>
+	void append(unsigned int type, const Values&... values);
+		/// Appends one value of algorithm type, whose class is E, made of
+		/// values as E's constructor and E::append() take them.
 
 	Runs& runs();
 		/// In the order they were given.
@@ -55,9 +50,6 @@ public:
 		/// Drops the runs; their objects stay for reuse.
 
 private:
-	template <class E, class... Values>
-	void append(unsigned int type, const Values&... values);
-
 	Runs                    _runs;
 	Ixor::AutoPtr<Encoding> _spares[AlgorithmTable::LAST + 1];   // by algorithm index
 };
@@ -69,6 +61,28 @@ private:
 inline bool PendingValues::empty() const
 {
 	return _runs.empty();
+}
+
+
+template <class E, class... Values>
+void PendingValues::append(unsigned int type, const Values&... values)
+	/// What merging a new E of values into the last run would do, without
+	/// the new object.
+{
+	if (!_runs.empty() && _runs.back()->type() == type)
+	{
+		static_cast<E&>(*_runs.back()).append(values...);
+		return;
+	}
+	Ixor::AutoPtr<Encoding>& spare = _spares[type];
+	if (spare && spare->referenceCount() == 1)
+	{
+		E& value = static_cast<E&>(*spare);
+		value.clear();
+		value.append(values...);
+	}
+	else spare = new E(values...);
+	_runs.push_back(spare);
 }
 
 

@@ -288,6 +288,7 @@ TEST(WriterTest, EventSequencesThatMakeNoDocumentAreRefused)
 		{"startElement() after the root element",              afterRoot, [](FastInfosetWriter& w) { w.startElement("", "b", "b"); }},
 		{"characters() after the root element",                afterRoot, [](FastInfosetWriter& w) { w.characters("x"); }},
 		{"encodedData() outside the root element",             started,   [](FastInfosetWriter& w) { w.encodedData(1); }},
+		{"binaryData() outside the root element",              started,   [](FastInfosetWriter& w) { w.binaryData("\x01", 1); }},
 		{"endCDATA() without startCDATA()",                    inRoot,    [](FastInfosetWriter& w) { w.endCDATA(); }},
 		{"endDTD() without startDTD()",                        started,   [](FastInfosetWriter& w) { w.endDTD(); }},
 		{"Cannot nest CDATA sections",                         inCDATA,   [](FastInfosetWriter& w) { w.startCDATA(); }},
