@@ -23,7 +23,13 @@ const std::string& PendingElement::gather(const std::string& uri, const std::str
 	_attributeCount = 0;
 
 	const std::string* pName = &localName;
-	if (!localName.empty() && (qname.empty() || qname == localName))
+	if (!localName.empty() && qname == localName)
+	{
+		// A name given without prefix stays so, as a DOM holds it: its
+		// namespace becomes the default one where it is not.
+		if (namespaces.uriOf(_prefix) != uri) namespaces.declarePrefix(_prefix, uri);
+	}
+	else if (!localName.empty() && qname.empty())
 	{
 		if (!uri.empty() && !namespaces.isMapped(uri)) namespaces.declarePrefix(namespaces.newPrefix(), uri);
 		_prefix = namespaces.prefixOf(uri);
