@@ -45,7 +45,7 @@ public:
 	struct Entry
 	{
 		unsigned int  index;
-		const char*   name;     // as the standard names the algorithm
+		const char*   name;     // "int", "base64", ...: for listings and messages
 		EncodeMethod  encode;
 		CheckMethod   check;
 		DecodeMethod  decode;
