@@ -56,7 +56,7 @@ public:
 		/// Inside a CDATA section strings go out with the CDATA algorithm.
 
 	void element(const PendingElement& element, const std::string& uri, const std::string& localName, WriterTables::StoredName& stored);
-		/// At an octet boundary: the element, its declarations, its name and
+		/// From the next octet: the element, its declarations, its name and
 		/// its attributes. stored tells where the tables hold the parts of
 		/// its name.
 

@@ -21,12 +21,6 @@
 
 
 namespace Ixor {
-namespace XML {
-	class Attributes;
-} }
-
-
-namespace Ixor {
 namespace FastInfoset {
 
 
