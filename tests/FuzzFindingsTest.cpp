@@ -9,6 +9,7 @@
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
+#include "Reading.h"
 #include "TestSupport.h"
 #include <gtest/gtest.h>
 #include <sstream>
@@ -61,10 +62,14 @@ TEST(FuzzFindingsTest, AttributeValuesOutsideTheTableOutliveMoreAttributes)
 		expected += std::string(" {}") + name + "[" + name + "|CDATA]=" + value;
 	}
 	document += fromHex("ff f0");
-	EventRecorder recorder;
-	FastInfosetParser parser;
-	recorder.attachTo(parser);
-	parser.parseMemoryNP(document.data(), document.size());
-	ASSERT_EQ(4u, recorder.lines.size());
-	EXPECT_EQ(expected, recorder.lines[1]);
+	for (Reading reading: READINGS)
+	{
+		SCOPED_TRACE(testing::Message() << reading);
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		recorder.attachTo(parser);
+		Input(document, reading).parse(parser);
+		ASSERT_EQ(4u, recorder.lines.size());
+		EXPECT_EQ(expected, recorder.lines[1]);
+	}
 }

@@ -163,7 +163,20 @@ void EventRecorder::clear()
 }
 
 
-bool EventRecorder::keepsTextAsTheWriter() const
+bool EventRecorder::mergesText() const
+{
+	return comparesWithXML() || _options.roundTrip;
+}
+
+
+bool EventRecorder::comparesWithXML() const
+{
+	return _options.comparableText || _options.comparable;
+}
+
+
+bool EventRecorder::leavesOutNameDetails() const
+	/// The attributes' qualified names and types, and endPrefixMapping.
 {
 	return _options.comparable || _options.roundTrip;
 }
@@ -184,7 +197,7 @@ void EventRecorder::addToRun(const char* kind, const std::string& text)
 
 std::string EventRecorder::qualified(const std::string& qname) const
 {
-	if (_options.roundTrip) return std::string();
+	if (_options.roundTrip || _options.blankQualifiedNames) return std::string();
 	if (_options.comparable && qname.find(':') == std::string::npos) return std::string();
 	return qname;
 }
@@ -211,12 +224,12 @@ void EventRecorder::endDocument()
 
 void EventRecorder::startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes)
 {
-	const bool details = !keepsTextAsTheWriter();
+	const bool details = !leavesOutNameDetails();
 	std::vector<std::string> items;
 	for (int i = 0; i < attributes.getLength(); ++i)
 	{
 		std::string item = " {" + attributes.getURI(i) + "}" + attributes.getLocalName(i);
-		if (details) item += "[" + attributes.getQName(i) + "|" + attributes.getType(i) + "]";
+		if (details) item += "[" + qualified(attributes.getQName(i)) + "|" + attributes.getType(i) + "]";
 		items.push_back(item + "=" + attributes.getValue(i));
 	}
 	if (_options.sortAttributes) std::sort(items.begin(), items.end());
@@ -237,7 +250,7 @@ void EventRecorder::characters(const char ch[], int start, int length)
 {
 	const char* p = ch + start;
 	std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
-	if (!keepsTextAsTheWriter())
+	if (!mergesText())
 	{
 		add("characters " + std::string(p, size));
 		return;
@@ -268,7 +281,7 @@ void EventRecorder::startPrefixMapping(const std::string& prefix, const std::str
 
 void EventRecorder::endPrefixMapping(const std::string& prefix)
 {
-	if (!keepsTextAsTheWriter()) add("endPrefixMapping " + prefix);
+	if (!leavesOutNameDetails()) add("endPrefixMapping " + prefix);
 }
 
 
@@ -282,7 +295,7 @@ void EventRecorder::binaryData(const char* data, std::size_t length)
 {
 	std::string hex;
 	for (std::size_t i = 0; i < length; ++i) hex += Poco::NumberFormatter::formatHex(static_cast<unsigned char>(data[i]), 2);
-	if (keepsTextAsTheWriter()) addToRun("binaryData", hex);
+	if (mergesText()) addToRun("binaryData", hex);
 	else add("binaryData " + hex);
 }
 
@@ -332,7 +345,7 @@ void EventRecorder::encodedData(const Ixor::UUID& value)
 void EventRecorder::startDTD(const std::string& name, const std::string& publicId, const std::string& systemId)
 {
 	_inDTD = true;
-	add("startDTD " + (_options.comparable ? std::string() : name) + " public=" + publicId + " system=" + systemId);
+	add("startDTD " + (comparesWithXML() ? std::string() : name) + " public=" + publicId + " system=" + systemId);
 }
 
 
@@ -345,23 +358,20 @@ void EventRecorder::endDTD()
 
 void EventRecorder::startEntity(const std::string& name)
 {
-	if (!_options.comparable) add("startEntity " + name);
+	if (!comparesWithXML()) add("startEntity " + name);
 }
 
 
 void EventRecorder::endEntity(const std::string& name)
 {
-	if (!_options.comparable) add("endEntity " + name);
+	if (!comparesWithXML()) add("endEntity " + name);
 }
 
 
 void EventRecorder::startCDATA()
 {
 	if (_options.roundTrip) return;
-	// The writer makes one CDATA chunk of every characters() call of a
-	// section, and an XML parser splits sections at will: adjacent sections
-	// compare as one.
-	if (_options.comparable && _lines.size() > _open && _lines.back() == "endCDATA") dropLast();
+	if (comparesWithXML() && _lines.size() > _open && _lines.back() == "endCDATA") dropLast();
 	else add("startCDATA");
 }
 
@@ -374,7 +384,7 @@ void EventRecorder::endCDATA()
 
 void EventRecorder::comment(const char ch[], int start, int length)
 {
-	if (_options.comparable && _inDTD) return;
+	if (comparesWithXML() && _inDTD) return;
 	add("comment " + std::string(ch + start, length > 0 ? static_cast<std::size_t>(length) : 0));
 }
 

@@ -34,14 +34,19 @@ public:
 
 	struct Options
 	{
+		bool comparableText = false;
+			/// Leaves out how an XML parser and the Fast Infoset parser
+			/// report one document differently: how text is split into
+			/// events (it is kept as the writer keeps it, see roundTrip),
+			/// where adjacent CDATA sections meet (the writer makes a
+			/// section of every characters() call of one, and an XML parser
+			/// splits sections at will), the DTD's name, the comments inside
+			/// the DTD and entity boundaries.
+
 		bool comparable = false;
-			/// Leaves out what differs on purpose between an XML parser and
-			/// the Fast Infoset parser reading what the writer made of the
-			/// same events: unprefixed qualified names, the attributes'
-			/// qualified names and types, endPrefixMapping (its order), the
-			/// DTD's name, the comments inside the DTD and entity
-			/// boundaries. Text is kept as the writer keeps it (see
-			/// roundTrip); adjacent CDATA sections compare as one.
+			/// comparableText, and what the writer changes on purpose in the
+			/// names: unprefixed qualified names, the attributes' qualified
+			/// names and types, endPrefixMapping (its order).
 
 		bool roundTrip = false;
 			/// Leaves out what differs on purpose between the Fast Infoset
@@ -58,6 +63,10 @@ public:
 			/// one line, cut at their first zero octet (where characters()
 			/// ends its text), and empty text is none; adjacent binary data
 			/// is one line.
+
+		bool blankQualifiedNames = false;
+			/// Every qualified name empty, as a parser reports them with the
+			/// namespace-prefixes feature off.
 
 		bool sortAttributes = false;
 			/// Lists attributes in name order, as the host's XML writer
@@ -134,7 +143,9 @@ public:
 private:
 	class PlainContent;
 
-	bool keepsTextAsTheWriter() const;
+	bool mergesText() const;
+	bool comparesWithXML() const;
+	bool leavesOutNameDetails() const;
 	void addToRun(const char* kind, const std::string& text);
 	void dropLast();
 	std::string qualified(const std::string& qname) const;

@@ -1,8 +1,8 @@
 //
 // TestSupport.h
 //
-// Helpers shared by the tests: hexadecimal octets, bit strings and
-// exception messages.
+// Helpers shared by the tests: hexadecimal octets, bit strings, exception
+// messages, and XML files read by the host's parser.
 //
 
 
@@ -11,9 +11,14 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Poco/SAX/ContentHandler.h"
+#include "Poco/SAX/DTDHandler.h"
+#include "Poco/SAX/LexicalHandler.h"
 #include <cctype>
+#include <istream>
 #include <string>
 #include <typeinfo>
+#include <vector>
 
 
 namespace TestSupport {
@@ -95,6 +100,17 @@ std::string messageOf(F f)
 	}
 	return "no exception";
 }
+
+
+std::vector<std::string> xmlFilesIn(const std::string& folder);
+	/// The paths of the folder's .xml files, sorted.
+
+
+void parseXML(std::istream& xml, Ixor::XML::ContentHandler* pContent, Ixor::XML::LexicalHandler* pLexical,
+	Ixor::XML::DTDHandler* pDTD, bool stripWhitespace = false);
+	/// Feeds the events of XML text to the handlers as the converter does:
+	/// the host's parser with namespaces and their prefixes, through the
+	/// host's whitespace filter when whitespace is stripped.
 
 
 } // namespace TestSupport
