@@ -1,8 +1,7 @@
-#include "Ixor/FastInfoset/BitStreamWriter.h"
-#include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "DocumentBits.h"
 #include "EventRecorder.h"
 #include "Reading.h"
 #include "TestSupport.h"
@@ -13,7 +12,6 @@
 #include "Poco/NullStream.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/InputSource.h"
-#include "Poco/SAX/SAXParser.h"
 #include "Poco/TemporaryFile.h"
 #include "Poco/SAX/SAXException.h"
 #include <gtest/gtest.h>
@@ -569,13 +567,8 @@ struct ExternalVocabularyFiles
 
 	static void feedXML(const std::string& xml, FastInfosetWriter& writer)
 	{
-		Ixor::XML::SAXParser parser;
-		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-		parser.setContentHandler(&writer);
-		parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
 		std::istringstream in(xml);
-		Ixor::XML::InputSource source(in);
-		parser.parse(&source);
+		parseXML(in, &writer, &writer, &writer);
 	}
 
 	void write(const std::string& name, const std::string& content)
@@ -714,20 +707,15 @@ TEST_P(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		writer.endElement("", "r", "r");
 		writer.endDocument();
 	}
-	std::ostringstream repeating;
-	{
-		// Against the vocabulary: an element "r" holding chunk index next.
-		BitStreamWriter w(repeating, false);
-		w.write(0xE0000001u, 32);
-		w.write(0x20u, 8);          // 0 0100000: an initial vocabulary
-		w.write(0x1000u, 16);       // 000 1000000000000: only an external vocabulary
-		w.write(false);
-		Encoder::nonEmptyOctetString(w, missing);
-		w.write(0x3C0072u, 24);     // element "r"
-		w.write(5u, 3);             // 10 1: a chunk by index
-		Encoder::integer(w, next);
-		w.write(0xFFu, 8);
-	}
+	// Against the vocabulary: an element "r" holding chunk index next.
+	const std::string repeating = DocumentBits().header()
+		.bits(0x20, 7)             // an initial vocabulary
+		.bits(0x1000, 16)          // 000 1000000000000: only an external vocabulary
+		.literal(missing)
+		.bits(0x3C0072, 24)        // element "r"
+		.bits(5, 3)                // 10 1: a chunk by index
+		.integer(next)
+		.bits(0xFF, 8).done();
 	const std::string plain = HEADER + fromHex("00 3c 00 72 ff");
 	struct { const char* what; std::string document; std::string events; } documents[] =
 	{
@@ -735,8 +723,8 @@ TEST_P(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		{"adding a chunk", adding.str(), "startDocument\nstartElement {}r r\ncharacters added\nendElement {}r r\nendDocument\n"},
 		{"without initial vocabulary", plain, "startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"against it again", against, ""},
-		{"naming the added chunk", repeating.str(), "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
-			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.str().size() - 1) + ")\n"},
+		{"naming the added chunk", repeating, "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
+			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.size() - 1) + ")\n"},
 	};
 	EventRecorder recorder;
 	FastInfosetParser parser(given);
