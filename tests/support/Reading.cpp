@@ -44,6 +44,14 @@ Input::Input(const std::string& octets, Reading reading):
 }
 
 
+Input::Input(const std::string& octets, std::vector<std::size_t> chunkSizes):
+	_octets(octets),
+	_pBuffer(new TrickleBuffer(_octets.data(), _octets.size(), std::move(chunkSizes))),
+	_pStream(new std::istream(_pBuffer.get()))
+{
+}
+
+
 Input::~Input()
 {
 }

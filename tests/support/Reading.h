@@ -19,6 +19,7 @@
 #include <memory>
 #include <ostream>
 #include <string>
+#include <vector>
 
 
 namespace TestSupport {
@@ -48,6 +49,11 @@ class Input
 {
 public:
 	Input(const std::string& octets, Reading reading);
+
+	Input(const std::string& octets, std::vector<std::size_t> chunkSizes);
+		/// A stream that hands out chunks of the sizes in turn and cannot
+		/// seek (see TrickleBuffer).
+
 	~Input();
 
 	Input(const Input&) = delete;
