@@ -1,7 +1,6 @@
 #include "EventRecorder.h"
 #include "Poco/NumberFormatter.h"
 #include "Poco/SAX/Attributes.h"
-#include "Poco/SAX/AttributesImpl.h"
 #include <algorithm>
 #include <cmath>
 #include <cstring>
@@ -235,7 +234,6 @@ void EventRecorder::startElement(const std::string& uri, const std::string& loca
 	if (_options.sortAttributes) std::sort(items.begin(), items.end());
 	std::string line = "startElement {" + uri + "}" + localName + " " + qualified(qname);
 	for (const std::string& item: items) line += item;
-	if (!dynamic_cast<const Ixor::XML::AttributesImpl*>(&attributes)) line += " (not the host's list)";
 	add(line);
 }
 
@@ -263,7 +261,8 @@ void EventRecorder::characters(const char ch[], int start, int length)
 
 void EventRecorder::ignorableWhitespace(const char ch[], int start, int length)
 {
-	characters(ch, start, length);
+	if (mergesText()) characters(ch, start, length);
+	else add("ignorableWhitespace " + std::string(ch + start, length > 0 ? static_cast<std::size_t>(length) : 0));
 }
 
 

@@ -25,9 +25,7 @@ namespace TestSupport {
 
 class EventRecorder: public NullHandler
 	/// Lines look like "startElement {urn:p}root p:root {}a[a|CDATA]=1",
-	/// "characters text", "int 5", "binaryData 00FF10"; an attribute list
-	/// that is not the host's AttributesImpl is marked, since the host's DOM
-	/// builder relies on it.
+	/// "characters text", "int 5", "binaryData 00FF10".
 {
 public:
 	static const std::size_t ALL_LINES = ~std::size_t(0);
@@ -59,10 +57,10 @@ public:
 			/// public and system identifiers. Text is kept as the writer
 			/// keeps it.
 			///
-			/// Text as the writer keeps it: adjacent character events are
-			/// one line, cut at their first zero octet (where characters()
-			/// ends its text), and empty text is none; adjacent binary data
-			/// is one line.
+			/// Text as the writer keeps it: adjacent character events,
+			/// ignorable whitespace included, are one line, cut at their
+			/// first zero octet (where characters() ends its text), and
+			/// empty text is none; adjacent binary data is one line.
 
 		bool blankQualifiedNames = false;
 			/// Every qualified name empty, as a parser reports them with the

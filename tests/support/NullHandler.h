@@ -22,10 +22,7 @@
 namespace TestSupport {
 
 
-class NullHandler:
-	public Ixor::FastInfoset::FISContentHandler,
-	public Ixor::XML::LexicalHandler,
-	public Ixor::XML::DTDHandler
+class NullHandler: public Ixor::FastInfoset::FISContentHandler, public Ixor::XML::LexicalHandler, public Ixor::XML::DTDHandler
 	/// Receives content, typed, lexical and DTD events and ignores them.
 	/// Being a FISContentHandler, it makes the parser deliver typed values
 	/// as values; a plain handler (Ixor::XML::DefaultHandler) gets text.

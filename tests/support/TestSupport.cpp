@@ -1,12 +1,25 @@
 #include "TestSupport.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Poco/DirectoryIterator.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
 #include <algorithm>
+#include <sstream>
 
 
 namespace TestSupport {
+
+
+std::string writeDocument(const std::function<void(Ixor::FastInfoset::FastInfosetWriter&)>& events)
+{
+	std::ostringstream out;
+	{
+		Ixor::FastInfoset::FastInfosetWriter writer(out);
+		events(writer);
+	}
+	return out.str();
+}
 
 
 std::vector<std::string> xmlFilesIn(const std::string& folder)

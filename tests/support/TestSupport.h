@@ -2,7 +2,8 @@
 // TestSupport.h
 //
 // Helpers shared by the tests: hexadecimal octets, bit strings, exception
-// messages, and XML files read by the host's parser.
+// messages, documents written with the default settings, and XML files
+// read by the host's parser.
 //
 
 
@@ -15,10 +16,17 @@
 #include "Poco/SAX/DTDHandler.h"
 #include "Poco/SAX/LexicalHandler.h"
 #include <cctype>
+#include <functional>
 #include <istream>
 #include <string>
 #include <typeinfo>
 #include <vector>
+
+
+namespace Ixor {
+namespace FastInfoset {
+class FastInfosetWriter;
+} }
 
 
 namespace TestSupport {
@@ -100,6 +108,11 @@ std::string messageOf(F f)
 	}
 	return "no exception";
 }
+
+
+std::string writeDocument(const std::function<void(Ixor::FastInfoset::FastInfosetWriter&)>& events);
+	/// The octets that a writer with the default settings writes for the
+	/// events; they start and end the document themselves.
 
 
 std::vector<std::string> xmlFilesIn(const std::string& folder);
