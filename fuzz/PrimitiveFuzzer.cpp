@@ -133,6 +133,16 @@ struct Decoded
 };
 
 
+template <class T>
+std::uint64_t numberRead(void (*decode)(BitStreamReader&, T&), BitStreamReader& reader)
+	/// What a decoder of a number reads.
+{
+	T value = 0;
+	decode(reader, value);
+	return value;
+}
+
+
 Decoded decode(Primitive primitive, BitStreamReader& reader, int start)
 {
 	Decoded result;
@@ -142,29 +152,17 @@ Decoded decode(Primitive primitive, BitStreamReader& reader, int start)
 		switch (primitive)
 		{
 		case INTEGER:
-			{
-				unsigned int value = 0;
-				Decoder::integer(reader, value);
-				result.value = value;
-			}
+			result.value = numberRead(&Decoder::integer, reader);
 			break;
 		case STRING_LENGTH:
-			{
-				unsigned long length = 0;
-				Decoder::nonEmptyStringLength(reader, length);
-				result.value = length;
-			}
+			result.value = numberRead(&Decoder::nonEmptyStringLength, reader);
 			break;
 		case OCTET_STRING:
 			Decoder::nonEmptyOctetString(reader, result.octets);
 			result.value = result.octets.size();
 			break;
 		case SEQUENCE_LENGTH:
-			{
-				unsigned int length = 0;
-				Decoder::lengthOfSequence(reader, length);
-				result.value = length;
-			}
+			result.value = numberRead(&Decoder::lengthOfSequence, reader);
 			break;
 		case NAME_SURROGATE:
 			{

@@ -87,9 +87,8 @@ INSTANTIATE_TEST_SUITE_P(Readings, ParserTest, testing::ValuesIn(READINGS), test
 std::string sampleDocument()
 	/// A small document with most kinds of items.
 {
-	std::ostringstream out;
+	return writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		const std::string system("n.dtd");
 		w.notationDecl("n", 0, &system);
 		w.startDocument();
@@ -112,8 +111,7 @@ std::string sampleDocument()
 		w.endElement("urn:p", "root", "p:root");
 		w.endPrefixMapping("p");
 		w.endDocument();
-	}
-	return out.str();
+	});
 }
 
 
@@ -265,9 +263,8 @@ TEST_P(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
 
 TEST_P(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
 {
-	std::ostringstream out;
+	const std::string document = writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		w.startDocument();
 		w.startElement("", "r", "r");
 		w.startCDATA();
@@ -275,8 +272,7 @@ TEST_P(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
 		w.endCDATA();
 		w.endElement("", "r", "r");
 		w.endDocument();
-	}
-	const std::string document = out.str();
+	});
 	EXPECT_EQ("startDocument\nstartElement {}r r\nstartCDATA\ncharacters x<y\nendCDATA\nendElement {}r r\nendDocument\n", events(document));
 
 	EventRecorder recorder;
@@ -340,9 +336,8 @@ TEST_P(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 		}
 	};
 
-	std::ostringstream out;
+	const std::string document = writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		w.startDocument();
 		w.startPrefixMapping("p", "urn:p");
 		w.startPrefixMapping("q", "urn:q");
@@ -355,8 +350,7 @@ TEST_P(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 		w.endPrefixMapping("q");
 		w.endPrefixMapping("p");
 		w.endDocument();
-	}
-	const std::string document = out.str();
+	});
 	const std::vector<std::string> withPrefixes =
 	{
 		"{urn:p}root p:root {}a[a|CDATA] {urn:q}b[q:b|CDATA] 2 in the host's list",
@@ -416,16 +410,14 @@ TEST_P(ParserTest, SeveralDocumentsFollowOneAnother)
 	std::vector<std::string> expected;
 	for (std::size_t size: {10, 3000, 1})
 	{
-		std::ostringstream out;
+		documents.push_back(writeDocument([&](FastInfosetWriter& w)
 		{
-			FastInfosetWriter w(out);
 			w.startDocument();
 			w.startElement("", "r", "r");
 			w.characters(std::string(size, 'x'));
 			w.endElement("", "r", "r");
 			w.endDocument();
-		}
-		documents.push_back(out.str());
+		}));
 		expected.push_back("startDocument\nstartElement {}r r\ncharacters " + std::string(size, 'x') + "\nendElement {}r r\nendDocument\n");
 	}
 	const std::string all = documents[0] + documents[1] + documents[2];
