@@ -234,7 +234,13 @@ void FastInfosetWriter::startElement(const XMLString& uri, const XMLString& loca
 	_attributeCount = 0;
 
 	const std::string* pName = &localName;
-	if (!localName.empty() && (qname.empty() || qname == localName))
+	if (!localName.empty() && qname == localName)
+	{
+		// A name given without prefix stays so, as a DOM holds it: its
+		// namespace becomes the default one where it is not.
+		if (mappedURI(_prefix) != uri) declarePrefix(_prefix, uri);
+	}
+	else if (!localName.empty() && qname.empty())
 	{
 		if (!uri.empty() && !isMapped(uri)) declarePrefix(newPrefix(), uri);
 		_prefix = prefixOf(uri);

@@ -354,7 +354,6 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 	ASSERT_GT(fi.size(), 3000u);
 	write("truncated.fi", fi.substr(0, 3000));
 	write("binary.dat", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16));
-	write("notations.xml", "<!DOCTYPE doc [<!NOTATION gif SYSTEM 'image/gif'>]><doc/>");
 	write("good.xml", "<doc/>");
 	const std::string missing = path("missing.xml");
 
@@ -374,8 +373,6 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 		{{"convert", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
 		{{"decode", path("binary.dat")}, 1, "fitool: " + path("binary.dat")
 			+ ": FastInfoset Exception: Not a valid Fast Infoset document (invalid header) (at octet 2)\n"},
-		{{"encode", path("notations.xml")}, 1, "fitool: " + path("notations.xml")
-			+ ": FastInfoset Exception: Cannot encode declarations of notations and unparsed entities: notation gif\n"},
 		{{"encode", missing}, 1, "fitool: " + missing + ": File not found\n"},
 		{{"dump", missing}, 1, "fitool: " + missing + ": File not found\n"},
 		{{"encode", path("good.xml"), "-o", path("no/such/folder.fi")}, 1, "fitool: " + path("no/such/folder.fi") + ": File not found: "},
@@ -383,6 +380,10 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 		{{"encode", "--pretty"}, 2, "fitool: Unknown option"},
 		{{"dump", "a.fi", "b.fi"}, 2, "fitool: Bad usage: more than one input: b.fi\n"},
 		{{"encode", "--max-indexed-length", "-1"}, 2, "fitool: Invalid option argument: --max-indexed-length takes a number from 0 up: -1\n"},
+		{{"check", "--amplification-threshold", "-1"}, 2, "fitool: Invalid option argument: --amplification-threshold takes a number of octets: -1\n"},
+		{{"check", "--amplification-threshold=18446744073709551616"}, 2, "fitool: Invalid option argument: --amplification-threshold takes a number of octets: "},
+		{{"dump", "--max-amplification=x"}, 2, "fitool: Invalid option argument: --max-amplification takes a number from 0 up: x\n"},
+		{{"encode", "--multiple"}, 2, "fitool: Unknown option"},
 		{{"decode", "-o"}, 2, "fitool: Missing option argument"},
 		{{}, 2, "usage: fitool COMMAND"},
 	};
@@ -472,40 +473,6 @@ TEST_F(ToolTest, DecodeWritesWhatTheConverterWrites)
 }
 
 
-TEST_F(ToolTest, ExternalVocabulariesAreLoadedUnlessRefused)
-{
-	const std::string xml = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
-	write("vocabulary.xml", xml);
-	const std::string uri = path("vocabulary.xml");
-	Poco::NullOutputStream nowhere;
-	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(uri, DocumentVocabulary::VOC_HASH));
-	feedXML(xml, collector);
-	std::ostringstream out;
-	{
-		FastInfosetWriter writer(out, false, collector.getDocumentVocabulary());
-		writer.setExternalVocabulary(uri, collector.getDocumentVocabulary());
-		feedXML(xml, writer);
-	}
-	write("against.fi", out.str());
-
-	const Outcome decoded = fitool({"decode", path("against.fi")});
-	EXPECT_EQ(0, decoded.status) << decoded.err;
-	EXPECT_EQ("<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", decoded.out);
-	const Outcome dumped = fitool({"dump", path("against.fi")});
-	EXPECT_EQ(0, dumped.status) << dumped.err;
-	EXPECT_NE(std::string::npos, dumped.out.find("    external vocabulary: \"" + uri + "\"\n      loaded\n")) << dumped.out;
-	EXPECT_NE(std::string::npos, dumped.out.find("    text \"text\"  chunk[1]\n")) << dumped.out;
-
-	for (const char* command: {"decode", "convert", "dump"})
-	{
-		SCOPED_TRACE(command);
-		const Outcome refused = fitool({command, "--no-external-vocabularies", path("against.fi")});
-		EXPECT_EQ(1, refused.status);
-		EXPECT_NE(std::string::npos, refused.err.find(": FastInfoset Exception: External vocabulary loading is disabled (FastInfosetParser::setLoadExternalVocabularies): " + uri + " (at")) << refused.err;
-	}
-}
-
-
 TEST_F(ToolTest, DumpListsHeaderItemsSummaryAndTables)
 {
 	DocumentVocabulary preset(DocumentVocabulary::VOC_MAP);
@@ -582,7 +549,8 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 {
 	// Each row runs in a fresh folder ({dir}) that holds one.xml, two.xml,
 	// tiny.xml, doc.fi (one.xml encoded), tiny.fi, a truncated bad.fi, a
-	// two.fi that says "old", and a folder out/. {tty} is a terminal.
+	// two.fi that says "old", a folder out/, and the documents made below.
+	// {tty} is a terminal.
 	const std::string NOTHING = "(nothing)";   // the stream stays empty
 	const std::string ABSENT = "(absent)";     // the file does not exist
 	const std::string FI = std::string("\xE0\0", 2);
@@ -645,10 +613,48 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 			"{dir}/one.xml -> {dir}/x.fi: 4006 -> 3406 octets (85.0%)\n", {}},
 		{"the last of -v and -q counts", {"encode", "-v", "-q", "{dir}/one.xml", "-o", "{dir}/x.fi"}, "", 0, NOTHING, NOTHING, {}},
 
+		// One document, or a stream of them
+		{"decode refuses data after the document", {"decode", "{dir}/stream.fi"}, "", 1, "<r/>\n",
+			"fitool: {dir}/stream.fi: Trailing data: data after the end of the document at octet 9\n", {}},
+		{"decode --multiple writes each document in order", {"decode", "--multiple", "{dir}/stream.fi"}, "", 0, "<r/>\n<two/>\n<r/>\n", NOTHING, {}},
+		{"decode --multiple reads a pipe", {"decode", "--multiple"}, "stream.fi", 0, "<r/>\n<two/>\n<r/>\n", NOTHING, {}},
+		{"decode --multiple names the document that fails", {"decode", "--multiple", "{dir}/junk.fi"}, "", 1, "<r/>\n",
+			"fitool: {dir}/junk.fi: document 2 at octet 9: FastInfoset Exception: Not a valid Fast Infoset document (invalid header)", {}},
+		{"check refuses data after the document on a pipe", {"check"}, "stream.fi", 1, NOTHING,
+			"fitool: (standard input): Trailing data: data after the end of the document at octet 9\n", {}},
+		{"check --multiple checks them all", {"check", "--multiple", "-v", "{dir}/stream.fi", "{dir}/doc.fi"}, "", 0,
+			"{dir}/stream.fi: document 3 at octet 20: 9 octets, 1 element, ", NOTHING, {}},
+		{"dump lists the document and refuses what follows", {"dump", "{dir}/stream.fi"}, "", 1, "  end of document\n",
+			"fitool: {dir}/stream.fi: Trailing data: data after the end of the document at octet 9\n", {}},
+		{"dump --multiple lists them all", {"dump", "--multiple"}, "stream.fi", 0,
+			"\nDocument 3 at octet 20\nFast Infoset document, 9 octets\n", NOTHING, {}},
+
+		// Notations and unparsed entities
+		{"decode gives notations and unparsed entities back", {"decode", "{dir}/notations.fi"}, "", 0,
+			"<!DOCTYPE doc [<!NOTATION gif SYSTEM \"image/gif\"><!ENTITY pic SYSTEM \"pic.gif\" NDATA gif>]><doc/>\n", NOTHING, {}},
+
+		// Limits for documents from strangers
+		{"an external vocabulary is not loaded by default", {"decode", "{dir}/against.fi", "-o", "{dir}/against.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/against.fi: FastInfoset Exception: External vocabulary loading is disabled "
+			"(FastInfosetParser::setLoadExternalVocabularies): {dir}/vocabulary.xml (at octet ", {{"against.xml", ABSENT}}},
+		{"nor by check, and --no-external-vocabularies stays", {"check", "--no-external-vocabularies", "{dir}/against.fi"}, "", 1, NOTHING,
+			"External vocabulary loading is disabled", {}},
+		{"nor by convert", {"convert", "{dir}/against.fi"}, "", 1, NOTHING, "External vocabulary loading is disabled", {}},
+		{"decode loads it when allowed", {"decode", "--load-external-vocabularies", "{dir}/against.fi"}, "", 0,
+			"<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", NOTHING, {}},
+		{"dump loads it when allowed", {"dump", "--load-external-vocabularies", "{dir}/against.fi"}, "", 0,
+			"    external vocabulary: \"{dir}/vocabulary.xml\"\n      loaded\n", NOTHING, {}},
+		{"an amplifying document is refused", {"decode", "{dir}/amplifying.fi", "-o", "{dir}/amplified.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/amplifying.fi: FastInfoset Parse Exception: Amplification limit exceeded: ", {{"amplified.xml", ABSENT}}},
+		{"by dump too", {"dump", "{dir}/amplifying.fi"}, "", 1, "Fast Infoset document", "Amplification limit exceeded: ", {}},
+		{"a higher threshold lets it pass", {"check", "--amplification-threshold", "100000000", "{dir}/amplifying.fi"}, "", 0, NOTHING, NOTHING, {}},
+		{"a higher factor lets it pass", {"check", "--max-amplification=5000", "{dir}/amplifying.fi"}, "", 0, NOTHING, NOTHING, {}},
+
 		// Help
 		{"encode --help", {"encode", "--help"}, "", 0, "usage: fitool encode [options] [FILE...]", NOTHING, {}},
 		{"help tells what standard input means", {"check", "--help"}, "", 0, "With no FILE, or when FILE is -, reads standard input.", NOTHING, {}},
 		{"help tells where outputs go", {"decode", "--help"}, "", 0, "decode NAME.xml for NAME.fi", NOTHING, {}},
+		{"help tells the limits", {"check", "--help"}, "", 0, "--amplification-threshold=N", NOTHING, {}},
 	};
 
 	const int master = posix_openpt(O_RDWR | O_NOCTTY);
@@ -666,6 +672,42 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 	std::istringstream tinyIn("<r/>");
 	std::ostringstream tiny;
 	Converter::convertToFIS(tinyIn, tiny, 0, 16);
+	std::istringstream twoIn("<two/>");
+	std::ostringstream two;
+	Converter::convertToFIS(twoIn, two, 0, 16);
+	const Outcome notations = fitool({"encode", "-o", path("notations.fi")},
+		"<!DOCTYPE doc [<!NOTATION gif SYSTEM 'image/gif'><!ENTITY pic SYSTEM 'pic.gif' NDATA gif>]><doc/>");
+	ASSERT_EQ(0, notations.status) << notations.err;
+	const std::string notationsFI = fileContent(path("notations.fi"));
+
+	// A document written against an external vocabulary, named by its path.
+	const std::string vocabularyXML = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
+	const std::string vocabularyURI = path("vocabulary.xml");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(vocabularyURI, DocumentVocabulary::VOC_HASH));
+	feedXML(vocabularyXML, collector);
+	std::ostringstream against;
+	{
+		FastInfosetWriter writer(against, false, collector.getDocumentVocabulary());
+		writer.setExternalVocabulary(vocabularyURI, collector.getDocumentVocabulary());
+		feedXML(vocabularyXML, writer);
+	}
+
+	// 13 KB that deliver one 10 KB chunk a thousand times: 10 MB by index.
+	const std::string amplifying = writtenDocument([](FastInfosetWriter& w)
+		{
+			const std::string chunk(10000, 'a');
+			w.setMaxIndexedStringLength(static_cast<int>(chunk.size()));
+			w.startDocument();
+			w.startElement("", "r", "");
+			for (int i = 0; i < 1000; ++i)
+			{
+				w.characters(chunk);
+				w.emptyElement("", "e", "");
+			}
+			w.endElement("", "r", "");
+			w.endDocument();
+		});
 
 	for (const Case& c: CASES)
 	{
@@ -691,6 +733,12 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 		write("noname", tiny.str());
 		write("bad.fi", doc.str().substr(0, 3000));
 		write("two.fi", "old");
+		write("stream.fi", tiny.str() + two.str() + tiny.str());
+		write("junk.fi", tiny.str() + "junk");
+		write("notations.fi", notationsFI);
+		write("vocabulary.xml", vocabularyXML);
+		write("against.fi", against.str());
+		write("amplifying.fi", amplifying);
 
 		std::vector<std::string> arguments;
 		for (const std::string& argument: c.arguments) arguments.push_back(expand(argument));

@@ -4,6 +4,8 @@
 #include "Poco/Util/Option.h"
 #include "Poco/Util/OptionProcessor.h"
 #include "Poco/Util/OptionSet.h"
+#include <cerrno>
+#include <cstdlib>
 #include <ostream>
 
 
@@ -114,9 +116,29 @@ namespace
 		}
 		if (decodes || command == CommandLine::DUMP || command == CommandLine::CHECK)
 		{
-			options.addOption(Option("no-external-vocabularies", "", "Refuses documents that name an external vocabulary "
-				"instead of opening it (a document can name any file or URL)."));
+			const std::string multiple = command == CommandLine::DUMP ? "Lists a stream of documents, one after the other, each with offsets of its own."
+				: command == CommandLine::CHECK ? "Checks a stream of documents in each input, one after the other."
+				: "Reads a stream of documents, one after the other, and writes each as an XML document of its own, in order.";
+			options.addOption(Option("multiple", "", multiple + " Without it, octets after the document are an error."));
+			options.addOption(Option("load-external-vocabularies", "", "Opens the external vocabulary that a document names, "
+				"when it is a regular local file. Without it such a document is refused: a document can name any file."));
+			options.addOption(Option("no-external-vocabularies", "", "Refuses documents that name an external vocabulary (the default)."));
+			options.addOption(Option("amplification-threshold", "", "Text and names that a document delivers by index may reach "
+				"N octets before --max-amplification applies (default 8388608, 8 MiB).").argument("N"));
+			options.addOption(Option("max-amplification", "", "Past the threshold, refuses a document that delivers by index "
+				"more than F times the octets it has read (default 100).").argument("F"));
 		}
+	}
+
+
+	bool parseOctets(const std::string& text, Poco::UInt64& octets)
+	{
+		// Digits only, and no wrap past 2^64 - 1 (the host's number parser
+		// takes 2^64 for 0).
+		if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+		errno = 0;
+		octets = std::strtoull(text.c_str(), 0, 10);
+		return errno != ERANGE;
 	}
 
 
@@ -188,7 +210,23 @@ void CommandLine::readOption(const std::string& name, const std::string& value)
 	else if (name == "xml-declaration") _encodeOptions.xmlDeclaration = true;
 	else if (name == "pretty") _decodeOptions.pretty = true;
 	else if (name == "declaration") _decodeOptions.declaration = true;
+	else if (name == "multiple") _decodeOptions.multiple = true;
+	else if (name == "load-external-vocabularies") _decodeOptions.loadExternalVocabularies = true;
 	else if (name == "no-external-vocabularies") _decodeOptions.loadExternalVocabularies = false;
+	else if (name == "amplification-threshold")
+	{
+		Poco::UInt64 octets = 0;
+		if (!parseOctets(value, octets))
+			throw Poco::Util::InvalidArgumentException("--amplification-threshold takes a number of octets", value);
+		_decodeOptions.amplificationThreshold = octets;
+	}
+	else if (name == "max-amplification")
+	{
+		double factor = 0;
+		if (!Poco::NumberParser::tryParseFloat(value, factor) || !(factor >= 0) || factor > 1e300)
+			throw Poco::Util::InvalidArgumentException("--max-amplification takes a number from 0 up", value);
+		_decodeOptions.maxAmplification = factor;
+	}
 	else if (name == "max-indexed-length")
 	{
 		int length = 0;

@@ -10,9 +10,12 @@
 #include "Poco/File.h"
 #include "Poco/NumberFormatter.h"
 #include "Poco/Path.h"
+#include "Poco/SAX/DefaultHandler.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/String.h"
 #include <algorithm>
+#include <exception>
+#include <istream>
 #include <ostream>
 #include <stdexcept>
 
@@ -25,11 +28,13 @@ namespace Fitool {
 
 POCO_IMPLEMENT_EXCEPTION(NotFastInfosetException, Poco::Exception, "Not Fast Infoset")
 POCO_IMPLEMENT_EXCEPTION(NotXMLException, Poco::Exception, "Not XML text")
+POCO_IMPLEMENT_EXCEPTION(DataAfterDocumentException, Poco::Exception, "Trailing data")
 
 
 namespace
 {
 	const std::size_t SNIFF_LENGTH = 512;   // enough for a pre-header
+	const std::string AFTER_THE_DOCUMENT = "data after the end of the document at octet ";
 
 
 	std::string inputName(const std::string& path)
@@ -182,17 +187,11 @@ void Fitool::decode(InputFile& input, const std::string& output, bool replace, c
 	OutputFile out(output, replace);
 	_subject = input.name();
 	if (!_quiet) input.showProgress("decoding " + input.name());
-	try
-	{
-		Transcoder::decode(input.stream(), out.stream(), commandLine.decodeOptions());
-	}
-	catch (...)
-	{
-		// The parser reads ahead in blocks: the fault lies in what it has
-		// taken so far.
-		_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead()) + ")";
-		throw;
-	}
+	// Each document ends with a line break, which separates it from the next.
+	forEachDocument(input, commandLine, [&]
+		{
+			Transcoder::decode(input.stream(), out.stream(), commandLine.decodeOptions());
+		});
 	_subject = out.name();
 	out.commit();
 	report(input, out.octetsWritten(), out.name());
@@ -205,22 +204,17 @@ void Fitool::check(const CommandLine& commandLine, const std::string& inputPath)
 	InputFile input(inputPath);
 	expectFastInfoset(input);
 	if (!_quiet) input.showProgress("checking " + input.name());
-	DocumentCounts counts;
 	Ixor::FastInfoset::FastInfosetParser parser;
-	parser.setLoadExternalVocabularies(commandLine.decodeOptions().loadExternalVocabularies);
-	parser.setContentHandler(&counts);
-	parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&counts));
-	try
-	{
-		Ixor::XML::InputSource source(input.stream());
-		parser.parse(&source);
-	}
-	catch (...)
-	{
-		_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead()) + ")";
-		throw;
-	}
-	if (_verbose) _out << input.name() << ": " << input.octetsRead() << " octets, " << counts.summary() << '\n';
+	Transcoder::configure(parser, commandLine.decodeOptions());
+	forEachDocument(input, commandLine, [&]
+		{
+			DocumentCounts counts;
+			parser.setContentHandler(&counts);
+			parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&counts));
+			Ixor::XML::InputSource source(input.stream());
+			parser.parse(&source);
+			if (_verbose) _out << _subject << ": " << parser.lastDocumentSize() << " octets, " << counts.summary() << '\n';
+		});
 }
 
 
@@ -230,17 +224,88 @@ void Fitool::dump(const CommandLine& commandLine)
 	InputFile input(commandLine.inputs().front());
 	expectFastInfoset(input);
 	if (!_quiet) input.showProgress("reading " + input.name());
-	const std::string document = input.readAll();
-	DocumentDumper dumper(_out, commandLine.decodeOptions().loadExternalVocabularies);
+	const std::string content = input.readAll();
+	const std::string name = _subject;
+	const bool multiple = commandLine.decodeOptions().multiple;
+	std::size_t start = 0;
+	for (int index = 1;; ++index)
+	{
+		// Each listing counts its offsets from its document's first octet.
+		if (multiple) _out << (index > 1 ? "\n" : "") << "Document " << index << " at octet " << start << '\n';
+		if (index > 1) _subject = documentName(name, index, start);
+		start += dumpDocument(content.data() + start, content.size() - start, commandLine.decodeOptions());
+		if (start == content.size()) return;
+		if (!multiple) throw DataAfterDocumentException(AFTER_THE_DOCUMENT + NumberFormatter::format(start));
+	}
+}
+
+
+std::size_t Fitool::dumpDocument(const char* data, std::size_t available, const Transcoder::DecodeOptions& options)
+{
+	// The parser finds the document's end and applies the limits; the
+	// listing shows what it can also of a document that the parser refuses,
+	// and the parser's fault is the one told.
+	Ixor::XML::DefaultHandler ignored;
+	Ixor::FastInfoset::FastInfosetParser parser;
+	Transcoder::configure(parser, options);
+	parser.setContentHandler(&ignored);
+	std::exception_ptr pRefusal;
+	std::size_t size = available;
 	try
 	{
-		dumper.dump(document.data(), document.size());
+		parser.parseMemoryNP(data, available);
+		size = static_cast<std::size_t>(parser.lastDocumentSize());
+	}
+	catch (const Ixor::Exception&)
+	{
+		pRefusal = std::current_exception();
+	}
+	DocumentDumper dumper(_out, options.loadExternalVocabularies);
+	try
+	{
+		dumper.dump(data, size);
 	}
 	catch (...)
 	{
 		_whereNote = " (at octet " + NumberFormatter::format(dumper.offset()) + ")";
-		throw;
+		if (!pRefusal) throw;
 	}
+	if (pRefusal) std::rethrow_exception(pRefusal);
+	return size;
+}
+
+
+void Fitool::forEachDocument(InputFile& input, const CommandLine& commandLine, const std::function<void()>& readOne)
+{
+	const std::string name = _subject;
+	for (int index = 1;; ++index)
+	{
+		const Poco::UInt64 start = input.octetsRead();
+		if (index > 1) _subject = documentName(name, index, start);
+		try
+		{
+			readOne();
+		}
+		catch (...)
+		{
+			// The parser reads ahead in blocks: the fault lies in what it has
+			// taken so far.
+			_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead() - start) + ")";
+			throw;
+		}
+		// The parser leaves the stream after the document.
+		std::istream& stream = input.stream();
+		stream.clear();
+		if (stream.peek() == std::char_traits<char>::eof()) return;
+		if (!commandLine.decodeOptions().multiple)
+			throw DataAfterDocumentException(AFTER_THE_DOCUMENT + NumberFormatter::format(input.octetsRead()));
+	}
+}
+
+
+std::string Fitool::documentName(const std::string& inputName, int index, Poco::UInt64 start)
+{
+	return inputName + ": document " + NumberFormatter::format(index) + " at octet " + NumberFormatter::format(start);
 }
 
 

@@ -31,6 +31,9 @@ POCO_DECLARE_EXCEPTION(, NotFastInfosetException, Poco::Exception)
 POCO_DECLARE_EXCEPTION(, NotXMLException, Poco::Exception)
 	/// "Not XML text": Fast Infoset given to a command that reads XML.
 
+POCO_DECLARE_EXCEPTION(, DataAfterDocumentException, Poco::Exception)
+	/// "Trailing data": octets after a document where one document is read.
+
 
 class Fitool
 	/// One run of the fitool command: reads the arguments, runs the command
@@ -82,6 +85,14 @@ private:
 	void decode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine);
 	void check(const CommandLine& commandLine, const std::string& inputPath);
 	void dump(const CommandLine& commandLine);
+	std::size_t dumpDocument(const char* data, std::size_t available, const Transcoder::DecodeOptions& options);
+		/// Lists the document at the start of data; returns its size.
+	void forEachDocument(InputFile& input, const CommandLine& commandLine, const std::function<void()>& readOne);
+		/// Calls readOne for the document at the input's position, and
+		/// again for each that follows with --multiple; without it, octets
+		/// after the first document throw DataAfterDocumentException.
+	static std::string documentName(const std::string& inputName, int index, Poco::UInt64 start);
+		/// How messages name a document after the first of an input.
 	void stats(const CommandLine& commandLine);
 	void expectFastInfoset(InputFile& input);
 	void expectXML(InputFile& input, const char* command);

@@ -1,7 +1,6 @@
 #include "Transcoder.h"
-#include "EncodingWriter.h"
 #include "Ixor/FastInfoset/Converter.h"
-#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
@@ -13,6 +12,7 @@
 using Ixor::FastInfoset::Converter;
 using Ixor::FastInfoset::DocumentVocabulary;
 using Ixor::FastInfoset::FastInfosetParser;
+using Ixor::FastInfoset::FastInfosetWriter;
 using Ixor::XML::XMLReader;
 
 
@@ -32,7 +32,8 @@ namespace
 
 void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions& options)
 {
-	EncodingWriter writer(fi, options.xmlDeclaration);
+	// Map tables grow without limit.
+	FastInfosetWriter writer(fi, options.xmlDeclaration, DocumentVocabulary::VOC_MAP);
 	writer.setMaxIndexedStringLength(options.maxIndexedLength);
 
 	Ixor::XML::SAXParser parser;
@@ -59,8 +60,16 @@ void Transcoder::decode(std::istream& fi, std::ostream& xml, const DecodeOptions
 	if (options.pretty) flags |= Ixor::XML::XMLWriter::PRETTY_PRINT;
 	if (options.declaration) flags |= Ixor::XML::XMLWriter::WRITE_XML_DECLARATION;
 	FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
-	parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
+	configure(parser, options);
 	Converter::convertToXML(parser, fi, xml, flags);
+}
+
+
+void Transcoder::configure(FastInfosetParser& parser, const DecodeOptions& options)
+{
+	parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
+	parser.setAmplificationThreshold(options.amplificationThreshold);
+	parser.setMaxAmplification(options.maxAmplification);
 }
 
 
