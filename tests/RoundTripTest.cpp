@@ -4,13 +4,7 @@
 #include "EventRecorder.h"
 #include "Reading.h"
 #include "TestSupport.h"
-#include "Poco/DOM/DOMBuilder.h"
-#include "Poco/DOM/DOMParser.h"
-#include "Poco/DOM/DOMWriter.h"
-#include "Poco/DOM/Document.h"
-#include "Poco/DOM/Element.h"
 #include "Poco/SAX/AttributesImpl.h"
-#include "Poco/SAX/InputSource.h"
 #include <gtest/gtest.h>
 #include <fstream>
 #include <sstream>
@@ -131,41 +125,6 @@ TEST(RoundTripTest, TheParserReportsWhatTheHostParserReports)
 			EXPECT_EQ("", firstDifference(expected.lines, actual.lines));
 			EXPECT_GT(expected.lines.size(), 20u);
 		}
-	}
-}
-
-
-TEST(RoundTripTest, TheHostsDOMBuilderBuildsTheDocumentItsParserBuilds)
-{
-	// The DOM builder takes the attribute list for the host's own, and walks
-	// its entries directly.
-	for (const std::string& path: dataFiles())
-	{
-		SCOPED_TRACE(path);
-		Poco::XML::DOMParser domParser;
-		Poco::AutoPtr<Poco::XML::Document> pExpected = domParser.parse(path);
-
-		std::ifstream xml(path, std::ios::binary);
-		std::ostringstream fi;
-		Converter::convertToFIS(xml, fi, 0, 16);
-		const std::string document = fi.str();
-		FastInfosetParser parser;
-		Poco::XML::DOMBuilder builder(parser);
-		Ixor::XML::InputSource source;
-		std::istringstream in(document);
-		source.setByteStream(in);
-		Poco::AutoPtr<Poco::XML::Document> pActual = builder.parse(&source);
-
-		const auto text = [](const Poco::XML::Document* pDocument)
-		{
-			// Only the root element: the document type node differs by design.
-			std::ostringstream out;
-			Poco::XML::DOMWriter writer;
-			writer.writeNode(out, pDocument->documentElement());
-			return out.str();
-		};
-		EXPECT_EQ(text(pExpected), text(pActual));
-		EXPECT_GT(text(pActual).size(), 100u);
 	}
 }
 
