@@ -12,8 +12,8 @@
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "EventRecorder.h"
+#include "TestSupport.h"
 #include "Poco/AutoPtr.h"
-#include "Poco/DirectoryIterator.h"
 #include "Poco/DOM/Attr.h"
 #include "Poco/DOM/DOMBuilder.h"
 #include "Poco/DOM/DOMParser.h"
@@ -43,13 +43,7 @@ namespace {
 
 std::vector<std::string> dataFiles()
 {
-	std::vector<std::string> files;
-	for (Poco::DirectoryIterator it{std::string(FASTINFOSET_TEST_DATA)}, end; it != end; ++it)
-	{
-		if (it.path().getExtension() == "xml") files.push_back(it.path().toString());
-	}
-	std::sort(files.begin(), files.end());
-	return files;
+	return xmlFilesIn(FASTINFOSET_TEST_DATA);
 }
 
 
