@@ -101,9 +101,9 @@ namespace
 }
 
 
-DocumentDumper::DocumentDumper(std::ostream& out, bool loadExternalVocabularies):
+DocumentDumper::DocumentDumper(std::ostream& out, const Ixor::FastInfoset::FastInfosetParser& loader):
 	_out(out),
-	_loadExternalVocabularies(loadExternalVocabularies),
+	_loader(loader),
 	_vocabulary(DocumentVocabulary::VOC_VECTOR),
 	_pReader(0),
 	_stoppedAt(0)
@@ -223,12 +223,10 @@ void DocumentDumper::dumpInitialVocabulary(Reader& r, const char* data, std::siz
 			Decoder::nonEmptyOctetString(uriReader, uri);
 			_out << "    external vocabulary: " << TextFormat::quoted(uri, 200) << '\n';
 		}
-		Ixor::FastInfoset::FastInfosetParser loader;
-		loader.setLoadExternalVocabularies(_loadExternalVocabularies);
 		r.skip(1);
 		std::string uri;
 		Decoder::nonEmptyOctetString(r, uri);
-		loader.loadExternalVocabulary(uri, _vocabulary);
+		_loader.loadExternalVocabulary(uri, _vocabulary);
 		_out << "      loaded\n";
 	}
 	else _vocabulary.reset();

@@ -22,6 +22,7 @@
 namespace Ixor {
 namespace FastInfoset {
 	class BitStreamReader;
+	class FastInfosetParser;
 } }
 
 
@@ -45,7 +46,10 @@ public:
 	static const std::size_t MAX_DEPTH = 10000;
 		/// The deepest nesting listed, the parser's default limit.
 
-	DocumentDumper(std::ostream& out, bool loadExternalVocabularies);
+	DocumentDumper(std::ostream& out, const Ixor::FastInfoset::FastInfosetParser& loader);
+		/// The external vocabulary a document names is the one that loader
+		/// was given in advance, or opened as loader allows; the caller
+		/// keeps loader.
 	~DocumentDumper();
 
 	void dump(const char* data, std::size_t size);
@@ -114,7 +118,7 @@ private:
 	static Poco::UInt64 bitsAt(const Reader& r);
 
 	std::ostream&      _out;
-	bool               _loadExternalVocabularies;
+	const Ixor::FastInfoset::FastInfosetParser& _loader;
 	DocumentVocabulary _vocabulary;
 	DumpSummary        _summary;
 	const Reader*      _pReader;

@@ -35,6 +35,8 @@ void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions
 	// Map tables grow without limit.
 	FastInfosetWriter writer(fi, options.xmlDeclaration, DocumentVocabulary::VOC_MAP);
 	writer.setMaxIndexedStringLength(options.maxIndexedLength);
+	// After the indexed length, which the vocabulary's longest string raises.
+	if (options.pVocabulary) writer.setExternalVocabulary(options.pVocabulary->getURI(), *options.pVocabulary);
 
 	Ixor::XML::SAXParser parser;
 	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
@@ -59,17 +61,18 @@ void Transcoder::decode(std::istream& fi, std::ostream& xml, const DecodeOptions
 	int flags = Converter::END_WITH_NEWLINE;
 	if (options.pretty) flags |= Ixor::XML::XMLWriter::PRETTY_PRINT;
 	if (options.declaration) flags |= Ixor::XML::XMLWriter::WRITE_XML_DECLARATION;
-	FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
-	configure(parser, options);
-	Converter::convertToXML(parser, fi, xml, flags);
+	Converter::convertToXML(*newParser(options), fi, xml, flags);
 }
 
 
-void Transcoder::configure(FastInfosetParser& parser, const DecodeOptions& options)
+std::unique_ptr<FastInfosetParser> Transcoder::newParser(const DecodeOptions& options)
 {
-	parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
-	parser.setAmplificationThreshold(options.amplificationThreshold);
-	parser.setMaxAmplification(options.maxAmplification);
+	std::unique_ptr<FastInfosetParser> pParser(options.pVocabulary ? new FastInfosetParser(*options.pVocabulary)
+		: new FastInfosetParser(DocumentVocabulary::VOC_VECTOR));
+	pParser->setLoadExternalVocabularies(options.loadExternalVocabularies);
+	pParser->setAmplificationThreshold(options.amplificationThreshold);
+	pParser->setMaxAmplification(options.maxAmplification);
+	return pParser;
 }
 
 

@@ -13,6 +13,7 @@
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include <cstddef>
 #include <iosfwd>
+#include <memory>
 
 
 namespace Fitool {
@@ -30,6 +31,9 @@ public:
 			/// Strings of at most this many octets enter the vocabulary.
 		bool xmlDeclaration = false;
 			/// Start the document with "<?xml encoding='finf'?>".
+		const Ixor::FastInfoset::DocumentVocabulary* pVocabulary = 0;
+			/// The external vocabulary that documents name, with map tables;
+			/// the caller keeps it.
 	};
 
 	struct DecodeOptions
@@ -45,6 +49,9 @@ public:
 			/// The parser's limits on what a document delivers by index.
 		bool multiple = false;
 			/// Read a stream of documents, one after the other.
+		const Ixor::FastInfoset::DocumentVocabulary* pVocabulary = 0;
+			/// A vocabulary given to the parser in advance, with vector
+			/// tables; the caller keeps it.
 	};
 
 	static void encode(std::istream& xml, std::ostream& fi, const EncodeOptions& options);
@@ -58,9 +65,9 @@ public:
 		/// left after the document. Throws the exceptions of the converter
 		/// and of FastInfosetParser.
 
-	static void configure(Ixor::FastInfoset::FastInfosetParser& parser, const DecodeOptions& options);
-		/// Gives the parser the options' external vocabulary choice and
-		/// limits.
+	static std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> newParser(const DecodeOptions& options);
+		/// A parser with vector tables, the options' vocabulary given in
+		/// advance, their external vocabulary choice and limits.
 
 private:
 	Transcoder() = delete;
