@@ -47,7 +47,8 @@ const std::vector<Measure>& manyDocumentMeasures();
 const std::vector<Measure>& vocabularyMeasures();
 	/// Each small document that has samples of its kind (see
 	/// vocabularySamples()) written and read with and without a vocabulary
-	/// built from them; a new writer and a new parser for every document.
+	/// built from them; a new writer for every document, one parser for
+	/// all, as a service reads its messages.
 	/// Benchmark names are vocab/MEASUREMENT/DOCUMENT.
 
 extern const char* const ALMOST_EMPTY_XML;

@@ -1,11 +1,11 @@
 #include "BenchSupport.h"
+#include "TestSupport.h"
 #include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/VocabularyBuilder.h"
 #include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "Poco/CountingStream.h"
 #include "Poco/DeflatingStream.h"
-#include "Poco/DirectoryIterator.h"
 #include "Poco/File.h"
 #include "Poco/MemoryStream.h"
 #include "Poco/NumberFormatter.h"
@@ -84,52 +84,22 @@ std::size_t gzipSize(const std::string& data)
 //
 // NullHandler
 //
-NullHandler::NullHandler()
+void NullHandler::startElement(const XMLString&, const XMLString&, const XMLString&, const Attributes&)
 {
+	++counts.elements;
 }
 
 
-NullHandler::~NullHandler()
+void NullHandler::characters(const XMLChar[], int, int length)
 {
+	counts.characters += static_cast<std::uint64_t>(length);
 }
 
 
-void NullHandler::attachTo(XMLReader& reader)
+void NullHandler::ignorableWhitespace(const XMLChar[], int, int length)
 {
-	reader.setContentHandler(this);
-	reader.setDTDHandler(this);
-	reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(this));
+	counts.characters += static_cast<std::uint64_t>(length);
 }
-
-
-void NullHandler::setDocumentLocator(const Ixor::XML::Locator*) {}
-void NullHandler::startDocument() {}
-void NullHandler::endDocument() {}
-void NullHandler::startElement(const XMLString&, const XMLString&, const XMLString&, const Attributes&) { ++counts.elements; }
-void NullHandler::endElement(const XMLString&, const XMLString&, const XMLString&) {}
-void NullHandler::characters(const XMLChar[], int, int length) { counts.characters += static_cast<std::uint64_t>(length); }
-void NullHandler::ignorableWhitespace(const XMLChar[], int, int length) { counts.characters += static_cast<std::uint64_t>(length); }
-void NullHandler::processingInstruction(const XMLString&, const XMLString&) {}
-void NullHandler::startPrefixMapping(const XMLString&, const XMLString&) {}
-void NullHandler::endPrefixMapping(const XMLString&) {}
-void NullHandler::skippedEntity(const XMLString&) {}
-void NullHandler::binaryData(const char*, std::size_t) {}
-void NullHandler::encodedData(short) {}
-void NullHandler::encodedData(int) {}
-void NullHandler::encodedData(long) {}
-void NullHandler::encodedData(bool) {}
-void NullHandler::encodedData(float) {}
-void NullHandler::encodedData(double) {}
-void NullHandler::encodedData(const Ixor::UUID&) {}
-void NullHandler::startDTD(const XMLString&, const XMLString&, const XMLString&) {}
-void NullHandler::endDTD() {}
-void NullHandler::startEntity(const XMLString&) {}
-void NullHandler::endEntity(const XMLString&) {}
-void NullHandler::startCDATA() {}
-void NullHandler::endCDATA() {}
-void NullHandler::comment(const XMLChar[], int, int) {}
-void NullHandler::notationDecl(const XMLString&, const XMLString*, const XMLString*) {}
-void NullHandler::unparsedEntityDecl(const XMLString&, const XMLString*, const XMLString&, const XMLString&) {}
 
 
 //
@@ -775,14 +745,8 @@ std::vector<std::string> vocabularySamples(const std::string& documentPath)
 	Poco::Path folder(documentPath);
 	const std::string name = folder.getBaseName();
 	folder.makeParent().pushDirectory("vocabulary").pushDirectory(name);
-	std::vector<std::string> samples;
-	if (!Poco::File(folder).exists()) return samples;
-	for (Poco::DirectoryIterator it(folder), end; it != end; ++it)
-	{
-		if (it.path().getExtension() == "xml") samples.push_back(it.path().toString());
-	}
-	std::sort(samples.begin(), samples.end());
-	return samples;
+	if (!Poco::File(folder).exists()) return std::vector<std::string>();
+	return TestSupport::xmlFilesIn(folder.toString());
 }
 
 

@@ -12,8 +12,8 @@
 
 
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
-#include "Ixor/FastInfoset/FISContentHandler.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "NullHandler.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/DTDHandler.h"
 #include "Poco/SAX/LexicalHandler.h"
@@ -55,57 +55,16 @@ struct Counts
 };
 
 
-class NullHandler:
-	public Ixor::FastInfoset::FISContentHandler,
-	public Ixor::XML::LexicalHandler,
-	public Ixor::XML::DTDHandler
+class NullHandler: public TestSupport::NullHandler
 	/// Receives every event and only counts elements and octets of
 	/// character data, so that a parse costs what the parser costs.
 {
 public:
-	NullHandler();
-	~NullHandler();
-
-	void attachTo(Ixor::XML::XMLReader& reader);
-		/// Becomes the reader's content, DTD and lexical handler.
-
 	Counts counts;
 
-	// ContentHandler
-	void setDocumentLocator(const Ixor::XML::Locator* pLocator);
-	void startDocument();
-	void endDocument();
-	void startElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname, const Ixor::XML::Attributes& attributes);
-	void endElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname);
-	void characters(const Ixor::XML::XMLChar ch[], int start, int length);
-	void ignorableWhitespace(const Ixor::XML::XMLChar ch[], int start, int length);
-	void processingInstruction(const Ixor::XML::XMLString& target, const Ixor::XML::XMLString& data);
-	void startPrefixMapping(const Ixor::XML::XMLString& prefix, const Ixor::XML::XMLString& uri);
-	void endPrefixMapping(const Ixor::XML::XMLString& prefix);
-	void skippedEntity(const Ixor::XML::XMLString& name);
-
-	// FISContentHandler
-	void binaryData(const char* data, std::size_t length);
-	void encodedData(short value);
-	void encodedData(int value);
-	void encodedData(long value);
-	void encodedData(bool value);
-	void encodedData(float value);
-	void encodedData(double value);
-	void encodedData(const Ixor::UUID& value);
-
-	// LexicalHandler
-	void startDTD(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString& publicId, const Ixor::XML::XMLString& systemId);
-	void endDTD();
-	void startEntity(const Ixor::XML::XMLString& name);
-	void endEntity(const Ixor::XML::XMLString& name);
-	void startCDATA();
-	void endCDATA();
-	void comment(const Ixor::XML::XMLChar ch[], int start, int length);
-
-	// DTDHandler
-	void notationDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString* systemId);
-	void unparsedEntityDecl(const Ixor::XML::XMLString& name, const Ixor::XML::XMLString* publicId, const Ixor::XML::XMLString& systemId, const Ixor::XML::XMLString& notationName);
+	void startElement(const Ixor::XML::XMLString& uri, const Ixor::XML::XMLString& localName, const Ixor::XML::XMLString& qname, const Ixor::XML::Attributes& attributes) override;
+	void characters(const Ixor::XML::XMLChar ch[], int start, int length) override;
+	void ignorableWhitespace(const Ixor::XML::XMLChar ch[], int start, int length) override;
 };
 
 

@@ -43,6 +43,7 @@ SUDO=""
 DOCUMENTS="
 osinfo-debian11.xml      osinfo-db          /usr/share/osinfo/os/debian.org/debian-11.xml                         small-record
 soap-envelope.xml        xmltooling-schemas /usr/share/xml/xmltooling/soap-envelope.xsd                           small,schema
+soapbox-contacts.xml     ruby-soap4r        /usr/share/rubygems-integration/all/gems/soap4r-ruby1.9-2.0.5/sample/showcase/soap/soapbox/ContactsDataSet.xml small,schema-message
 saml-metadata.xml        opensaml-schemas   /usr/share/xml/opensaml/saml-schema-metadata-2.0.xsd                  small,schema,namespaced
 xkb-base.xml             xkb-data           /usr/share/X11/xkb/rules/base.xml                                     element-heavy
 docbook-titlepage-fo.xml docbook-xsl        /usr/share/xml/docbook/stylesheet/docbook-xsl/fo/titlepage.templates.xsl XSLT,namespaced
@@ -64,6 +65,8 @@ saml-metadata      opensaml-schemas   /usr/share/xml/opensaml/saml-schema-assert
 saml-metadata      opensaml-schemas   /usr/share/xml/opensaml/saml-schema-protocol-2.0.xsd
 osinfo-debian11    osinfo-db          /usr/share/osinfo/os/debian.org/debian-10.xml
 osinfo-debian11    osinfo-db          /usr/share/osinfo/os/ubuntu.com/ubuntu-22.04.xml
+soapbox-contacts   ruby-soap4r        /usr/share/rubygems-integration/all/gems/soap4r-ruby1.9-2.0.5/sample/showcase/soap/soapbox/ExceptionDataSet.xml
+soapbox-contacts   ruby-soap4r        /usr/share/rubygems-integration/all/gems/soap4r-ruby1.9-2.0.5/sample/showcase/soap/soapbox/MessageDataSet.xml
 "
 
 mkdir -p "$data"

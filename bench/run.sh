@@ -39,7 +39,7 @@ while [ $# -gt 0 ]; do
 	shift
 done
 
-ALL="soap-envelope osinfo-debian11 saml-metadata xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
+ALL="soap-envelope soapbox-contacts osinfo-debian11 saml-metadata xkb-base docbook-titlepage-fo cldr-ru mime-freedesktop gl-registry gtk3-gir mame-vgmplay generated-100mb"
 QUICK="soap-envelope xkb-base cldr-ru gl-registry gtk3-gir"
 
 echo "== setting up, building in $build" >&2

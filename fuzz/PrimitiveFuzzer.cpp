@@ -21,47 +21,23 @@
 
 
 #include "FuzzSupport.h"
+#include "Reading.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Ixor/FastInfoset/BitStreamWriter.h"
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include <cstdint>
-#include <istream>
-#include <memory>
 #include <random>
 #include <sstream>
 
 
 using namespace Ixor::FastInfoset;
 using namespace FuzzSupport;
+using namespace TestSupport;
 
 
 namespace {
-
-
-class Input
-	/// The input as a memory reader or a trickling stream reader.
-{
-public:
-	Input(const std::string& data, bool stream, std::uint64_t seed):
-		_buffer(data.data(), data.size(), seed),
-		_in(&_buffer)
-	{
-		if (stream) _pReader.reset(new BitStreamReader(_in));
-		else _pReader.reset(new BitStreamReader(data.data(), data.size()));
-	}
-
-	BitStreamReader& reader()
-	{
-		return *_pReader;
-	}
-
-private:
-	TrickleBuf                       _buffer;
-	std::istream                     _in;
-	std::unique_ptr<BitStreamReader> _pReader;
-};
 
 
 class ReferenceReader
@@ -157,6 +133,16 @@ struct Decoded
 };
 
 
+template <class T>
+std::uint64_t numberRead(void (*decode)(BitStreamReader&, T&), BitStreamReader& reader)
+	/// What a decoder of a number reads.
+{
+	T value = 0;
+	decode(reader, value);
+	return value;
+}
+
+
 Decoded decode(Primitive primitive, BitStreamReader& reader, int start)
 {
 	Decoded result;
@@ -166,29 +152,17 @@ Decoded decode(Primitive primitive, BitStreamReader& reader, int start)
 		switch (primitive)
 		{
 		case INTEGER:
-			{
-				unsigned int value = 0;
-				Decoder::integer(reader, value);
-				result.value = value;
-			}
+			result.value = numberRead(&Decoder::integer, reader);
 			break;
 		case STRING_LENGTH:
-			{
-				unsigned long length = 0;
-				Decoder::nonEmptyStringLength(reader, length);
-				result.value = length;
-			}
+			result.value = numberRead(&Decoder::nonEmptyStringLength, reader);
 			break;
 		case OCTET_STRING:
 			Decoder::nonEmptyOctetString(reader, result.octets);
 			result.value = result.octets.size();
 			break;
 		case SEQUENCE_LENGTH:
-			{
-				unsigned int length = 0;
-				Decoder::lengthOfSequence(reader, length);
-				result.value = length;
-			}
+			result.value = numberRead(&Decoder::lengthOfSequence, reader);
 			break;
 		case NAME_SURROGATE:
 			{
@@ -237,8 +211,8 @@ void checkPrimitives(const std::string& data, std::uint64_t seed)
 		for (int p = 0; p < PRIMITIVES; ++p)
 		{
 			const Primitive primitive = static_cast<Primitive>(p);
-			Input memory(data, false, seed);
-			Input stream(data, true, seed);
+			Input memory(data, Reading::MEMORY);
+			Input stream(data, trickleSizes(seed));
 			const Decoded fromMemory = decode(primitive, memory.reader(), start);
 			const Decoded fromStream = decode(primitive, stream.reader(), start);
 			const std::string what = std::string(PRIMITIVE_NAMES[p]) + " at bit " + std::to_string(start);
@@ -260,7 +234,7 @@ void checkPrimitives(const std::string& data, std::uint64_t seed)
 			{
 				const std::string again = reencoded(primitive, data, start, fromMemory.value);
 				if (again.empty()) continue;
-				Input copy(again, false, seed);
+				Input copy(again, Reading::MEMORY);
 				const Decoded twice = decode(primitive, copy.reader(), start);
 				if (twice.outcome != "ok" || twice.value != fromMemory.value)
 					fail(what + ": " + std::to_string(fromMemory.value) + " encoded again decodes to " + std::to_string(twice.value) + " (" + twice.outcome + ")");
@@ -276,8 +250,8 @@ void checkPrimitives(const std::string& data, std::uint64_t seed)
 void checkReaderScript(const std::string& data, std::uint64_t seed)
 {
 	std::mt19937_64 random(seed);
-	Input memory(data, false, seed);
-	Input stream(data, true, seed + 1);
+	Input memory(data, Reading::MEMORY);
+	Input stream(data, trickleSizes(seed + 1));
 	BitStreamReader* readers[] = {&memory.reader(), &stream.reader()};
 	ReferenceReader reference(data);
 
@@ -454,7 +428,7 @@ void checkWriterScript(const std::string& data, std::uint64_t seed)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
 	const std::string input(reinterpret_cast<const char*>(data), size);
-	const std::uint64_t seed = hashOf(data, size);
+	const std::uint64_t seed = seedOf(data, size);
 	checkPrimitives(input, seed);
 	checkReaderScript(input, seed);
 	checkWriterScript(input, seed);

@@ -11,9 +11,10 @@
 // with an element whose local name and namespace are empty: the writer
 // takes such an element's qualified name as its name, as it must for the
 // events of an XML parser without namespace support. The events are
-// compared without what the writer changes on purpose; RecordOptions lists
-// it. The writer has map tables: hash tables are full after a few dozen
-// distinct short strings of one kind.
+// compared without what the writer changes on purpose, which the roundTrip
+// option of the test kit's EventRecorder lists. The writer has map tables:
+// hash tables are full after a few dozen distinct short strings of one
+// kind.
 //
 
 
@@ -31,108 +32,108 @@ using namespace FuzzSupport;
 namespace {
 
 
-RecordOptions roundTrip()
+EventRecorder::Options roundTrip()
 {
-	RecordOptions options;
+	EventRecorder::Options options;
 	options.roundTrip = true;
-	return options;
+	return keptBriefly(options);
 }
 
 
-class Forwarder: public TypedRecorder
+class Forwarder: public EventRecorder
 	/// Logs each event and hands it to the writer, until the writer refuses
 	/// one.
 {
 public:
 	explicit Forwarder(FastInfosetWriter& writer):
-		TypedRecorder(roundTrip()),
+		EventRecorder(roundTrip()),
 		_writer(writer)
 	{
 	}
 
 	std::string refusal;
 
-	void startDocument() override { TypedRecorder::startDocument(); forward([&] { _writer.startDocument(); }); }
-	void endDocument() override { TypedRecorder::endDocument(); forward([&] { _writer.endDocument(); }); }
+	void startDocument() override { EventRecorder::startDocument(); forward([&] { _writer.startDocument(); }); }
+	void endDocument() override { EventRecorder::endDocument(); forward([&] { _writer.endDocument(); }); }
 
 	void startElement(const std::string& uri, const std::string& localName, const std::string& qname, const Ixor::XML::Attributes& attributes) override
 	{
-		TypedRecorder::startElement(uri, localName, qname, attributes);
+		EventRecorder::startElement(uri, localName, qname, attributes);
 		if (uri.empty() && localName.empty() && refusal.empty()) refusal = "an element without name";
 		forward([&] { _writer.startElement(uri, localName, qname, attributes); });
 	}
 
 	void endElement(const std::string& uri, const std::string& localName, const std::string& qname) override
 	{
-		TypedRecorder::endElement(uri, localName, qname);
+		EventRecorder::endElement(uri, localName, qname);
 		forward([&] { _writer.endElement(uri, localName, qname); });
 	}
 
 	void characters(const char ch[], int start, int length) override
 	{
-		TypedRecorder::characters(ch, start, length);
+		EventRecorder::characters(ch, start, length);
 		forward([&] { _writer.characters(ch, start, length); });
 	}
 
 	void processingInstruction(const std::string& target, const std::string& data) override
 	{
-		TypedRecorder::processingInstruction(target, data);
+		EventRecorder::processingInstruction(target, data);
 		forward([&] { _writer.processingInstruction(target, data); });
 	}
 
 	void startPrefixMapping(const std::string& prefix, const std::string& uri) override
 	{
-		TypedRecorder::startPrefixMapping(prefix, uri);
+		EventRecorder::startPrefixMapping(prefix, uri);
 		forward([&] { _writer.startPrefixMapping(prefix, uri); });
 	}
 
 	void endPrefixMapping(const std::string& prefix) override
 	{
-		TypedRecorder::endPrefixMapping(prefix);
+		EventRecorder::endPrefixMapping(prefix);
 		forward([&] { _writer.endPrefixMapping(prefix); });
 	}
 
 	void startDTD(const std::string& name, const std::string& publicId, const std::string& systemId) override
 	{
-		TypedRecorder::startDTD(name, publicId, systemId);
+		EventRecorder::startDTD(name, publicId, systemId);
 		forward([&] { _writer.startDTD(name, publicId, systemId); });
 	}
 
-	void endDTD() override { TypedRecorder::endDTD(); forward([&] { _writer.endDTD(); }); }
-	void startCDATA() override { TypedRecorder::startCDATA(); forward([&] { _writer.startCDATA(); }); }
-	void endCDATA() override { TypedRecorder::endCDATA(); forward([&] { _writer.endCDATA(); }); }
+	void endDTD() override { EventRecorder::endDTD(); forward([&] { _writer.endDTD(); }); }
+	void startCDATA() override { EventRecorder::startCDATA(); forward([&] { _writer.startCDATA(); }); }
+	void endCDATA() override { EventRecorder::endCDATA(); forward([&] { _writer.endCDATA(); }); }
 
 	void comment(const char ch[], int start, int length) override
 	{
-		TypedRecorder::comment(ch, start, length);
+		EventRecorder::comment(ch, start, length);
 		forward([&] { _writer.comment(ch, start, length); });
 	}
 
 	void notationDecl(const std::string& name, const std::string* publicId, const std::string* systemId) override
 	{
-		TypedRecorder::notationDecl(name, publicId, systemId);
+		EventRecorder::notationDecl(name, publicId, systemId);
 		forward([&] { _writer.notationDecl(name, publicId, systemId); });
 	}
 
 	void unparsedEntityDecl(const std::string& name, const std::string* publicId, const std::string& systemId, const std::string& notationName) override
 	{
-		TypedRecorder::unparsedEntityDecl(name, publicId, systemId, notationName);
+		EventRecorder::unparsedEntityDecl(name, publicId, systemId, notationName);
 		forward([&] { _writer.unparsedEntityDecl(name, publicId, systemId, notationName); });
 	}
 
 	void binaryData(const char* data, std::size_t length) override
 	{
-		TypedRecorder::binaryData(data, length);
+		EventRecorder::binaryData(data, length);
 		forward([&] { _writer.binaryData(data, length); });
 	}
 
-	void encodedData(short value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(int value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(long value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(bool value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(float value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(double value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
-	void encodedData(const Ixor::UUID& value) override { TypedRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(short value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(int value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(long value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(bool value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(float value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(double value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
+	void encodedData(const Ixor::UUID& value) override { EventRecorder::encodedData(value); forward([&] { _writer.encodedData(value); }); }
 
 private:
 	template <class F>
@@ -158,28 +159,28 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 	std::string outcome;
 	std::string refusal;
 	std::string firstDigest;
-	std::string firstEvents;
+	std::vector<std::string> firstEvents;
 	{
 		FastInfosetWriter writer(out, false, DocumentVocabulary::VOC_MAP);
 		Forwarder forwarder(writer);
 		forwarder.attachTo(first);
 		outcome = outcomeOf([&] { first.parseMemoryNP(reinterpret_cast<const char*>(data), size); });
 		refusal = forwarder.refusal;
-		firstDigest = forwarder.log.digest();
-		firstEvents = forwarder.log.text();
+		firstDigest = forwarder.digest();
+		firstEvents = forwarder.lines;
 	}
 	if (outcome != "ok" || !refusal.empty()) return 0;
 
 	const std::string written = out.str();
 	FastInfosetParser second;
 	configure(second);
-	TypedRecorder again(roundTrip());
+	EventRecorder again(roundTrip());
 	again.attachTo(second);
 	const std::string secondOutcome = outcomeOf([&] { second.parseMemoryNP(written.data(), written.size()); });
-	if (secondOutcome != "ok" || again.log.digest() != firstDigest)
+	if (secondOutcome != "ok" || again.digest() != firstDigest)
 	{
-		fail("the written document reads differently (" + secondOutcome + ")\n first parse:\n" + firstEvents
-			+ " second parse:\n" + again.log.text());
+		fail("the written document reads differently (" + secondOutcome + ")\n digests " + firstDigest + " and " + again.digest()
+			+ "\n" + TestSupport::firstDifference(firstEvents, again.lines));
 	}
 	return 0;
 }

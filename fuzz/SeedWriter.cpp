@@ -17,16 +17,15 @@
 //
 
 
-#include "Ixor/FastInfoset/BitStreamWriter.h"
 #include "Ixor/FastInfoset/Converter.h"
-#include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
-#include "Poco/DirectoryIterator.h"
+#include "DocumentBits.h"
+#include "NullHandler.h"
+#include "TestSupport.h"
 #include "Poco/File.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/AttributesImpl.h"
-#include "Poco/SAX/DefaultHandler.h"
 #include <fstream>
 #include <functional>
 #include <iostream>
@@ -34,6 +33,7 @@
 
 
 using namespace Ixor::FastInfoset;
+using TestSupport::DocumentBits;
 
 
 namespace {
@@ -47,10 +47,10 @@ void save(const std::string& name, const std::string& octets)
 {
 	try
 	{
-		Ixor::XML::DefaultHandler handler;
+		TestSupport::NullHandler handler;
 		FastInfosetParser parser;
 		parser.setLoadExternalVocabularies(false);
-		parser.setContentHandler(&handler);
+		handler.attachTo(parser);
 		parser.parseMemoryNP(octets.data(), octets.size());
 	}
 	catch (const Ixor::Exception& exc)
@@ -151,102 +151,42 @@ void writerSeeds()
 }
 
 
-class Bits
-	/// A document put together field by field.
-{
-public:
-	Bits():
-		_writer(_out, false)
-	{
-	}
-
-	Bits& bits(unsigned int value, int count)
-	{
-		_writer.write(value, count);
-		return *this;
-	}
-
-	Bits& integer(unsigned int value)
-	{
-		Encoder::integer(_writer, value);
-		return *this;
-	}
-
-	Bits& octets(const std::string& text)
-	{
-		Encoder::nonEmptyOctetString(_writer, text);
-		return *this;
-	}
-
-	Bits& sequence(unsigned int length)
-	{
-		Encoder::lengthOfSequence(_writer, length);
-		return *this;
-	}
-
-	Bits& literal(const std::string& text)
-		/// An identifying string literal at an octet boundary.
-	{
-		return bits(0, 1).octets(text);
-	}
-
-	Bits& pad()
-	{
-		_writer.pad(false);
-		return *this;
-	}
-
-	std::string done()
-	{
-		_writer.complete();
-		return _out.str();
-	}
-
-private:
-	std::ostringstream _out;
-	BitStreamWriter    _writer;
-};
-
-
 void bitSeeds()
 {
 	// Additional data, character encoding scheme, standalone and version.
-	save("header-parts.fi", Bits()
-		.bits(0xE0000001u, 32).bits(0, 1)
+	save("header-parts.fi", DocumentBits().header()
 		.bits(0x47, 7)                                  // additional data, scheme, standalone, version
-		.sequence(1).bits(0, 1).octets("id").bits(0, 1).octets("data")
-		.bits(0, 1).octets("UTF-8")
+		.sequence(1).bits(0, 1).string("id").bits(0, 1).string("data")
+		.bits(0, 1).string("UTF-8")
 		.bits(0, 7).bits(1, 1)
-		.bits(0, 2).bits(0, 2).octets("1.0")            // version: literal UTF-8 at bit 2
+		.bits(0, 2).bits(0, 2).string("1.0")            // version: literal UTF-8 at bit 2
 		.bits(0, 2).bits(0xF, 4).bits(0, 2).literal("e")  // element "e" without attributes
 		.bits(0xFF, 8)
 		.done());
 
 	// Content in every encoding: restricted alphabets 1 and 2, UTF-16, the
 	// hexadecimal algorithm, a literal added to the table and its index.
-	save("encodings.fi", Bits()
-		.bits(0xE0000001u, 32).bits(0, 1).bits(0, 7)
+	save("encodings.fi", DocumentBits().header().bits(0, 7)
 		.bits(0, 2).bits(0xF, 4).bits(0, 2).literal("e")
-		.bits(2, 2).bits(0, 1).bits(0, 1).bits(2, 2).integer(1).octets(std::string("\x01\x23\x4f", 3))       // numeric alphabet
-		.bits(2, 2).bits(0, 1).bits(0, 1).bits(2, 2).integer(2).octets(std::string("\x12\x3d\x4f", 3))       // date and time alphabet
-		.bits(2, 2).bits(0, 1).bits(1, 1).bits(1, 2).octets(std::string("\x00h\x00i", 4))                   // UTF-16, added to the table
+		.bits(2, 2).bits(0, 1).bits(0, 1).bits(2, 2).integer(1).string(std::string("\x01\x23\x4f", 3))       // numeric alphabet
+		.bits(2, 2).bits(0, 1).bits(0, 1).bits(2, 2).integer(2).string(std::string("\x12\x3d\x4f", 3))       // date and time alphabet
+		.bits(2, 2).bits(0, 1).bits(1, 1).bits(1, 2).string(std::string("\x00h\x00i", 4))                   // UTF-16, added to the table
 		.bits(2, 2).bits(1, 1).integer(1)                                                                   // the same chunk by index
-		.bits(2, 2).bits(0, 1).bits(0, 1).bits(3, 2).integer(1).octets(std::string("\xca\xfe", 2))           // hexadecimal
-		.bits(0xE2, 8).bits(0, 1).bits(0, 1).bits(0, 2).octets("comment")
+		.bits(2, 2).bits(0, 1).bits(0, 1).bits(3, 2).integer(1).string(std::string("\xca\xfe", 2))           // hexadecimal
+		.bits(0xE2, 8).bits(0, 1).bits(0, 1).bits(0, 2).string("comment")
 		.bits(0xFF, 8)
 		.done());
 
 	// Namespace attributes, attributes with values added and indexed, an
 	// element name by index and an unexpanded entity reference.
-	save("attributes.fi", Bits()
-		.bits(0xE0000001u, 32).bits(0, 1).bits(0, 7)
+	save("attributes.fi", DocumentBits().header().bits(0, 7)
 		.bits(0, 1).bits(1, 1)                           // element with attributes
 		.bits(0x38, 6)                                   // namespace attributes follow
 		.bits(0x33, 6).bits(3, 2).literal("p").literal("urn:p")
 		.bits(0x33, 6).bits(1, 2).bits(1, 1).integer(2)  // the default namespace, by index
 		.bits(0xF, 4).bits(0, 6)
 		.bits(0xF, 4).bits(3, 2).bits(1, 1).integer(2).bits(1, 1).integer(2).literal("e")   // p:e by indexes
-		.bits(0, 1).bits(0x1E, 5).bits(0, 2).literal("a").bits(0, 1).bits(1, 1).bits(0, 2).octets("v")
+		.bits(0, 1).bits(0x1E, 5).bits(0, 2).literal("a").bits(0, 1).bits(1, 1).bits(0, 2).string("v")
 		.bits(0, 1).integer(1).bits(1, 1).integer(1)     // attribute 1 again, value 1 by index
 		.bits(0xF, 4).bits(0, 4)
 		.bits(0x32, 6).bits(0, 2).literal("entity")      // unexpanded entity reference
@@ -257,13 +197,12 @@ void bitSeeds()
 
 	// An initial vocabulary with tables the writer never writes: encoded
 	// strings and name surrogates.
-	save("name-surrogates.fi", Bits()
-		.bits(0xE0000001u, 32).bits(0, 1).bits(0x20, 7)
+	save("name-surrogates.fi", DocumentBits().header().bits(0x20, 7)
 		.bits(0, 3).bits(0x0897, 13)                     // alphabets, local names, attribute values, other strings, element and attribute names
-		.sequence(1).bits(0, 1).octets("xyz")
-		.sequence(2).bits(0, 1).octets("root").bits(0, 1).octets("attr")
-		.sequence(1).bits(0, 2).bits(0, 2).octets("value")
-		.sequence(1).bits(0, 2).bits(0, 2).octets("other")
+		.sequence(1).bits(0, 1).string("xyz")
+		.sequence(2).bits(0, 1).string("root").bits(0, 1).string("attr")
+		.sequence(1).bits(0, 2).bits(0, 2).string("value")
+		.sequence(1).bits(0, 2).bits(0, 2).string("other")
 		.sequence(1).bits(0, 6).bits(0, 2).bits(0, 1).integer(1)
 		.sequence(1).bits(0, 6).bits(0, 2).bits(0, 1).integer(2)
 		.bits(0, 1).bits(1, 1).integer(1)               // element 1 with attributes
@@ -277,15 +216,14 @@ void bitSeeds()
 
 void testDataSeeds(const std::string& directory)
 {
-	for (Poco::DirectoryIterator it(directory), end; it != end; ++it)
+	for (const std::string& path: TestSupport::xmlFilesIn(directory))
 	{
-		if (it.path().getExtension() != "xml") continue;
 		for (int options: {0, 1})
 		{
-			std::ifstream in(it.path().toString(), std::ios::binary);
+			std::ifstream in(path, std::ios::binary);
 			std::ostringstream out;
 			Converter::convertToFIS(in, out, options, 16);
-			save(it.path().getBaseName() + (options ? "-stripped.fi" : ".fi"), out.str());
+			save(Poco::Path(path).getBaseName() + (options ? "-stripped.fi" : ".fi"), out.str());
 		}
 	}
 }

@@ -14,16 +14,16 @@
 
 
 #include "FuzzSupport.h"
+#include "Reading.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
-#include "Poco/SAX/InputSource.h"
 #include <cstdint>
-#include <istream>
 #include <random>
 
 
 using namespace Ixor::FastInfoset;
 using namespace FuzzSupport;
+using namespace TestSupport;
 
 
 namespace {
@@ -36,24 +36,22 @@ void compare(const std::string& document, std::uint64_t seed)
 {
 	FastInfosetParser memoryParser;
 	configure(memoryParser);
-	TypedRecorder fromMemory;
+	EventRecorder fromMemory(keptBriefly());
 	fromMemory.attachTo(memoryParser);
-	const std::string memoryOutcome = outcomeOf([&] { memoryParser.parseMemoryNP(document.data(), document.size()); });
+	Input memory(document, Reading::MEMORY);
+	const std::string memoryOutcome = outcomeOf([&] { memory.parse(memoryParser); });
 
-	TrickleBuf buffer(document.data(), document.size(), seed);
-	std::istream in(&buffer);
-	Ixor::XML::InputSource source(in);
 	FastInfosetParser streamParser;
 	configure(streamParser);
-	TypedRecorder fromStream;
+	EventRecorder fromStream(keptBriefly());
 	fromStream.attachTo(streamParser);
-	const std::string streamOutcome = outcomeOf([&] { streamParser.parse(&source); });
+	Input stream(document, trickleSizes(seed));
+	const std::string streamOutcome = outcomeOf([&] { stream.parse(streamParser); });
 
-	if (memoryOutcome != streamOutcome || fromMemory.log.digest() != fromStream.log.digest())
+	if (memoryOutcome != streamOutcome || fromMemory.digest() != fromStream.digest())
 	{
 		fail("stream and memory differ (document of " + std::to_string(document.size()) + " octets, seed " + std::to_string(seed) + ")"
-			+ "\n memory: " + memoryOutcome + "\n" + fromMemory.log.text()
-			+ " stream: " + streamOutcome + "\n" + fromStream.log.text());
+			+ "\n memory: " + memoryOutcome + "\n stream: " + streamOutcome + "\n" + differenceOf(fromMemory, fromStream));
 	}
 }
 
@@ -64,7 +62,7 @@ void compare(const std::string& document, std::uint64_t seed)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
 	const std::string input(reinterpret_cast<const char*>(data), size);
-	std::mt19937_64 random(hashOf(data, size));
+	std::mt19937_64 random(seedOf(data, size));
 	compare(input, random());
 	if (size == 0 || input.compare(0, 2, "<?") == 0) return 0;
 

@@ -19,6 +19,7 @@
 
 
 #include "FuzzSupport.h"
+#include "Reading.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Ixor/FastInfoset/BitStreamWriter.h"
 #include "Ixor/FastInfoset/BoolEncoding.h"
@@ -35,12 +36,12 @@
 #include "Poco/SAX/DefaultHandler.h"
 #include <cstdint>
 #include <functional>
-#include <istream>
 #include <sstream>
 
 
 using namespace Ixor::FastInfoset;
 using namespace FuzzSupport;
+using namespace TestSupport;
 
 
 namespace {
@@ -102,9 +103,9 @@ Value decode(const DecodingAlgorithm& decodings, int algorithm, BitStreamReader&
 	value.pEncoding->handle(static_cast<Ixor::XML::ContentHandler*>(&capture));
 	if (capture.calls != 1) fail("the text form came in " + std::to_string(capture.calls) + " calls");
 	value.text = capture.text;
-	TypedRecorder typed;
+	EventRecorder typed(keptBriefly());
 	value.pEncoding->handle(static_cast<FISContentHandler*>(&typed));
-	value.typed = typed.log.digest();
+	value.typed = typed.digest();
 	return value;
 }
 
@@ -137,10 +138,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 	BitStreamReader memory(octets.data(), octets.size());
 	const Value value = decode(decodings, algorithm, memory, start);
 
-	TrickleBuf buffer(octets.data(), octets.size(), hashOf(data, size));
-	std::istream in(&buffer);
-	BitStreamReader stream(in);
-	const Value fromStream = decode(decodings, algorithm, stream, start);
+	Input stream(octets, trickleSizes(seedOf(data, size)));
+	const Value fromStream = decode(decodings, algorithm, stream.reader(), start);
 	if (value.outcome != fromStream.outcome || value.text != fromStream.text || value.typed != fromStream.typed)
 		fail("memory and stream differ\n memory: " + value.outcome + "\n stream: " + fromStream.outcome);
 

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/BoolEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -11,7 +12,7 @@ struct ValueListTraits<BoolEncoding>
 	/// A boolean string: the 4-bit count of unused bits, then one bit per
 	/// value from bit 4 of the first octet on.
 {
-	static constexpr unsigned int TYPE = 6;
+	static constexpr unsigned int TYPE = AlgorithmTable::BOOLEAN;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for BoolEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for BoolEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal unused bit count for boolean value";

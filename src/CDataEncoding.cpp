@@ -1,5 +1,6 @@
 #include "Ixor/FastInfoset/CDataEncoding.h"
 #include "Ixor/FastInfoset/FISContentHandler.h"
+#include "AlgorithmTable.h"
 #include "EncodingSupport.h"
 #include "Poco/SAX/ContentHandler.h"
 
@@ -41,7 +42,7 @@ CDataEncoding::~CDataEncoding()
 
 unsigned int CDataEncoding::type() const
 {
-	return 10;
+	return AlgorithmTable::CDATA;
 }
 
 

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/DWordEncoding.h"
+#include "AlgorithmTable.h"
 #include "OctetEncodingImpl.h"
 #include "Poco/Base64Decoder.h"
 #include "Poco/Base64Encoder.h"
@@ -11,7 +12,7 @@ namespace FastInfoset {
 template <>
 struct OctetTraits<DWordEncoding>
 {
-	static constexpr unsigned int TYPE = 2;
+	static constexpr unsigned int TYPE = AlgorithmTable::BASE64;
 	static constexpr const char* ZERO_LENGTH  = "Zero-length data for dword encoding";
 	static constexpr const char* INVALID_DATA = "Invalid base64-encoded data";
 

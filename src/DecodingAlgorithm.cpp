@@ -1,16 +1,7 @@
 #include "Ixor/FastInfoset/DecodingAlgorithm.h"
 #include "Ixor/FastInfoset/EncodingAlgorithm.h"
-#include "Ixor/FastInfoset/BoolEncoding.h"
-#include "Ixor/FastInfoset/CDataEncoding.h"
-#include "Ixor/FastInfoset/DWordEncoding.h"
-#include "Ixor/FastInfoset/DoubleEncoding.h"
-#include "Ixor/FastInfoset/FloatEncoding.h"
-#include "Ixor/FastInfoset/HexEncoding.h"
-#include "Ixor/FastInfoset/IntEncoding.h"
 #include "Ixor/FastInfoset/InvalidDecoding.h"
-#include "Ixor/FastInfoset/LongEncoding.h"
-#include "Ixor/FastInfoset/ShortEncoding.h"
-#include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "AlgorithmTable.h"
 
 
 namespace Ixor {
@@ -25,21 +16,10 @@ DecodingAlgorithm::DecodingAlgorithm()
 
 void DecodingAlgorithm::initializeDecodings()
 {
-	_decodings.clear();
-	// The position in the table is the algorithm index: the order is binding.
-	add(InvalidDecoding::decode);
-	add(HexEncoding::decode);
-	add(DWordEncoding::decode);
-	add(ShortEncoding::decode);
-	add(IntEncoding::decode);
-	add(LongEncoding::decode);
-	add(BoolEncoding::decode);
-	add(FloatEncoding::decode);
-	add(DoubleEncoding::decode);
-	add(UUIDEncoding::decode);
-	add(CDataEncoding::decode);
-	add(InvalidDecoding::decode);
-	while (_decodings.size() < EncodingAlgorithm::USER_DEFINED) add(InvalidDecoding::decode);
+	// The position in the table is the algorithm index.
+	_decodings.assign(EncodingAlgorithm::USER_DEFINED, InvalidDecoding::decode);
+	for (const AlgorithmTable::Entry* p = AlgorithmTable::begin(); p != AlgorithmTable::end(); ++p)
+		_decodings[p->index] = p->decode;
 	poco_assert(_decodings.size() == EncodingAlgorithm::USER_DEFINED);
 }
 

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/DoubleEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -9,7 +10,7 @@ namespace FastInfoset {
 template <>
 struct ValueListTraits<DoubleEncoding>: EncodingSupport::BigEndianNumbers<double>
 {
-	static constexpr unsigned int TYPE = 8;
+	static constexpr unsigned int TYPE = AlgorithmTable::DOUBLE;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for DoubleEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for DoubleEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for double value";

@@ -1,15 +1,6 @@
 #include "Ixor/FastInfoset/EncodingAlgorithm.h"
-#include "Ixor/FastInfoset/BoolEncoding.h"
-#include "Ixor/FastInfoset/CDataEncoding.h"
-#include "Ixor/FastInfoset/DWordEncoding.h"
-#include "Ixor/FastInfoset/DoubleEncoding.h"
-#include "Ixor/FastInfoset/FloatEncoding.h"
-#include "Ixor/FastInfoset/HexEncoding.h"
-#include "Ixor/FastInfoset/IntEncoding.h"
 #include "Ixor/FastInfoset/InvalidEncoding.h"
-#include "Ixor/FastInfoset/LongEncoding.h"
-#include "Ixor/FastInfoset/ShortEncoding.h"
-#include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "AlgorithmTable.h"
 #include <limits>
 
 
@@ -25,22 +16,14 @@ EncodingAlgorithm::EncodingAlgorithm()
 
 void EncodingAlgorithm::initializeEncodings()
 {
-	_encodings.clear();
-	_checks.clear();
-	// The position in the table is the algorithm index: the order is binding.
-	add(InvalidEncoding::encode, InvalidEncoding::check);
-	add(HexEncoding::encode, HexEncoding::check);
-	add(DWordEncoding::encode, DWordEncoding::check);
-	add(ShortEncoding::encode, ShortEncoding::check);
-	add(IntEncoding::encode, IntEncoding::check);
-	add(LongEncoding::encode, LongEncoding::check);
-	add(BoolEncoding::encode, BoolEncoding::check);
-	add(FloatEncoding::encode, FloatEncoding::check);
-	add(DoubleEncoding::encode, DoubleEncoding::check);
-	add(UUIDEncoding::encode, UUIDEncoding::check);
-	add(CDataEncoding::encode, CDataEncoding::check);
-	add(InvalidEncoding::encode, InvalidEncoding::check);
-	while (_encodings.size() < USER_DEFINED) add(InvalidEncoding::encode, InvalidEncoding::check);
+	// The position in the table is the algorithm index.
+	_encodings.assign(USER_DEFINED, InvalidEncoding::encode);
+	_checks.assign(USER_DEFINED, InvalidEncoding::check);
+	for (const AlgorithmTable::Entry* p = AlgorithmTable::begin(); p != AlgorithmTable::end(); ++p)
+	{
+		_encodings[p->index] = p->encode;
+		_checks[p->index] = p->check;
+	}
 	poco_assert(_encodings.size() == USER_DEFINED);
 	poco_assert(_checks.size() == USER_DEFINED);
 }

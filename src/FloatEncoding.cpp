@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/FloatEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 #include <cmath>
 #include <limits>
@@ -11,7 +12,7 @@ namespace FastInfoset {
 template <>
 struct ValueListTraits<FloatEncoding>: EncodingSupport::BigEndianNumbers<float>
 {
-	static constexpr unsigned int TYPE = 7;
+	static constexpr unsigned int TYPE = AlgorithmTable::FLOAT;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for FloatEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for FloatEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for float value";

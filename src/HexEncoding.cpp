@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/HexEncoding.h"
+#include "AlgorithmTable.h"
 #include "OctetEncodingImpl.h"
 #include "Poco/HexBinaryDecoder.h"
 #include "Poco/HexBinaryEncoder.h"
@@ -11,7 +12,7 @@ namespace FastInfoset {
 template <>
 struct OctetTraits<HexEncoding>
 {
-	static constexpr unsigned int TYPE = 1;
+	static constexpr unsigned int TYPE = AlgorithmTable::HEXADECIMAL;
 	static constexpr const char* ZERO_LENGTH  = "Zero-length data for hex encoding";
 	static constexpr const char* INVALID_DATA = "Invalid hex-encoded data";
 

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/IntEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -9,7 +10,7 @@ namespace FastInfoset {
 template <>
 struct ValueListTraits<IntEncoding>: EncodingSupport::BigEndianNumbers<int>
 {
-	static constexpr unsigned int TYPE = 4;
+	static constexpr unsigned int TYPE = AlgorithmTable::INT;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for IntEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for IntEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for Ixor::Int32 value";

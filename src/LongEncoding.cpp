@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/LongEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -9,7 +10,7 @@ namespace FastInfoset {
 template <>
 struct ValueListTraits<LongEncoding>: EncodingSupport::BigEndianNumbers<long>
 {
-	static constexpr unsigned int TYPE = 5;
+	static constexpr unsigned int TYPE = AlgorithmTable::LONG;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for LongEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for LongEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for Ixor::Int64 value";

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/ShortEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -9,7 +10,7 @@ namespace FastInfoset {
 template <>
 struct ValueListTraits<ShortEncoding>: EncodingSupport::BigEndianNumbers<short>
 {
-	static constexpr unsigned int TYPE = 3;
+	static constexpr unsigned int TYPE = AlgorithmTable::SHORT;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for ShortEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for ShortEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for Ixor::Int16 value";

@@ -1,4 +1,5 @@
 #include "Ixor/FastInfoset/UUIDEncoding.h"
+#include "AlgorithmTable.h"
 #include "ValueListEncodingImpl.h"
 
 
@@ -11,7 +12,7 @@ struct ValueListTraits<UUIDEncoding>: EncodingSupport::FixedWidth<16>
 	/// Each UUID as its 16 octets in network order, as the canonical text
 	/// reads.
 {
-	static constexpr unsigned int TYPE = 9;
+	static constexpr unsigned int TYPE = AlgorithmTable::UUID;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for UUIDEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for UUIDEncoding";
 	static constexpr const char* SIZE_ENTRY   = "Illegal size entry for Ixor::UUID value";

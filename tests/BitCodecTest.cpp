@@ -3,11 +3,11 @@
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Reading.h"
 #include "TestSupport.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <functional>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -32,23 +32,6 @@ std::string written(const std::function<void(BitStreamWriter&)>& write)
 	}
 	return out.str();
 }
-
-
-struct Source
-	/// The same octets behind a reader over memory or over a stream.
-{
-	Source(const std::string& octets, bool overStream):
-		data(octets),
-		stream(octets)
-	{
-		if (overStream) pReader.reset(new BitStreamReader(stream));
-		else pReader.reset(new BitStreamReader(data.data(), data.size()));
-	}
-
-	std::string data;
-	std::istringstream stream;
-	std::unique_ptr<BitStreamReader> pReader;
-};
 
 
 void writeBits(BitStreamWriter& writer, const std::string& bits)
@@ -163,14 +146,14 @@ TEST(BitCodecTest, ReaderReadsRandomFieldsOverMemoryAndStream)
 		fields.emplace_back(n, value);
 	}
 	const std::string octets = written([&](BitStreamWriter& w) { for (auto& f: fields) w.write(f.second, f.first); });
-	for (bool overStream: {false, true})
+	for (Reading reading: READINGS)
 	{
-		SCOPED_TRACE(overStream ? "stream" : "memory");
-		Source source(octets, overStream);
+		SCOPED_TRACE(testing::Message() << reading);
+		Input source(octets, reading);
 		for (auto& f: fields)
 		{
 			unsigned long value = 0;
-			ASSERT_TRUE(source.pReader->read(value, f.first));
+			ASSERT_TRUE(source.reader().read(value, f.first));
 			ASSERT_EQ(f.second, value);
 		}
 	}
@@ -179,8 +162,8 @@ TEST(BitCodecTest, ReaderReadsRandomFieldsOverMemoryAndStream)
 
 TEST(BitCodecTest, PeekLooksAheadWithoutConsuming)
 {
-	Source source(fromBits("101010 11 01 000000"), false);
-	BitStreamReader& reader = *source.pReader;
+	Input source(fromBits("101010 11 01 000000"), Reading::MEMORY);
+	BitStreamReader& reader = source.reader();
 	reader.skip(6);
 	unsigned char c = 0;
 	ASSERT_TRUE(reader.peek(c, 4));   // 11|01
@@ -205,12 +188,13 @@ TEST(BitCodecTest, EndOfInputIsSeenOnlyWhenAReadRunsPastIt)
 	EXPECT_FALSE(reader.read(c, 1));
 	EXPECT_TRUE(reader.eof());
 
-	for (bool overStream: {false, true})
+	for (Reading reading: READINGS)
 	{
-		Source source("\x12\x34", overStream);
+		SCOPED_TRACE(testing::Message() << reading);
+		Input source("\x12\x34", reading);
 		unsigned int value = 0;
-		EXPECT_FALSE(source.pReader->read(value, 17));
-		EXPECT_TRUE(source.pReader->eof());
+		EXPECT_FALSE(source.reader().read(value, 17));
+		EXPECT_TRUE(source.reader().eof());
 	}
 }
 
@@ -223,18 +207,19 @@ TEST(BitCodecTest, LongStringsCrossTheStreamRefill)
 	{
 		SCOPED_TRACE(offset);
 		const std::string octets = written([&](BitStreamWriter& w) { w.writeBits(offset, false); w.write(text); });
-		Source source(octets, true);
+		Input source(octets, Reading::WHOLE_STREAM);
 		std::string read;
-		source.pReader->skip(offset);
-		ASSERT_TRUE(source.pReader->read(read, 1500));
+		source.reader().skip(offset);
+		ASSERT_TRUE(source.reader().read(read, 1500));
 		EXPECT_TRUE(read == text);
 	}
-	for (bool overStream: {false, true})
+	for (Reading reading: READINGS)
 	{
-		Source source(text.substr(0, 1499), overStream);
+		SCOPED_TRACE(testing::Message() << reading);
+		Input source(text.substr(0, 1499), reading);
 		std::string read;
 		EXPECT_EQ("Unexpected end of stream while parsing octet string",
-			messageOf<FISParseException>([&] { source.pReader->read(read, 1500); }));
+			messageOf<FISParseException>([&] { source.reader().read(read, 1500); }));
 		EXPECT_LE(read.size(), 1499u);
 	}
 }
@@ -243,8 +228,8 @@ TEST(BitCodecTest, LongStringsCrossTheStreamRefill)
 TEST(BitCodecTest, HugeLengthsReserveNothingUpFront)
 {
 	std::string read;
-	Source source("abc", true);
-	EXPECT_THROW(source.pReader->read(read, 4000000000ul), FISParseException);
+	Input source("abc", Reading::WHOLE_STREAM);
+	EXPECT_THROW(source.reader().read(read, 4000000000ul), FISParseException);
 	EXPECT_LT(read.capacity(), 1000000u);
 }
 
@@ -314,12 +299,13 @@ TEST(BitCodecTest, IntegersHaveTheirFormAtEachStartPosition)
 		std::string prefix(c.pos, '1');
 		const std::string octets = written([&](BitStreamWriter& w) { w.writeBits(c.pos, true); Encoder::integer(w, c.value); });
 		EXPECT_EQ(toHex(fromBits(prefix + c.bits)), toHex(octets));
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			Source source(octets, overStream);
-			source.pReader->skip(c.pos);
+			SCOPED_TRACE(testing::Message() << reading);
+			Input source(octets, reading);
+			source.reader().skip(c.pos);
 			unsigned int value = 0;
-			Decoder::integer(*source.pReader, value);
+			Decoder::integer(source.reader(), value);
 			EXPECT_EQ(c.value, value);
 		}
 	}
@@ -347,16 +333,17 @@ TEST(BitCodecTest, IntegersRoundTripForRandomValues)
 				w.pad(false);
 			}
 		});
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			Source source(octets, overStream);
+			SCOPED_TRACE(testing::Message() << reading);
+			Input source(octets, reading);
 			for (unsigned int v: values)
 			{
-				source.pReader->skip(pos);
+				source.reader().skip(pos);
 				unsigned int value = 0;
-				Decoder::integer(*source.pReader, value);
+				Decoder::integer(source.reader(), value);
 				ASSERT_EQ(v, value) << "p=" << pos;
-				source.pReader->skipToByteStart();
+				source.reader().skipToByteStart();
 			}
 		}
 	}
@@ -387,10 +374,10 @@ TEST(BitCodecTest, IntegersRefuseWhatTheFormatForbids)
 	}
 	for (int pos: {0, 5, 7})
 	{
-		Source source(std::string(4, '\0'), false);
-		source.pReader->skip(pos);
+		Input source(std::string(4, '\0'), Reading::MEMORY);
+		source.reader().skip(pos);
 		unsigned int value = 0;
-		EXPECT_THAT(messageOf<FISEncodingException>([&] { Decoder::integer(*source.pReader, value); }),
+		EXPECT_THAT(messageOf<FISEncodingException>([&] { Decoder::integer(source.reader(), value); }),
 			HasSubstr(pos == 0 ? "Integers can never start there" : "to be read from pos 5 or 7"));
 	}
 }
@@ -430,9 +417,9 @@ TEST(BitCodecTest, LenientIntegerPatternsAreKept)
 {
 	unsigned int value = 0;
 	// p = 3: '11111' is read as the long form without looking further.
-	Source lenient(fromBits("111 11111 0000 0000 0000 0000 0000 0001"), false);
-	lenient.pReader->skip(3);
-	Decoder::integer(*lenient.pReader, value);
+	Input lenient(fromBits("111 11111 0000 0000 0000 0000 0000 0001"), Reading::MEMORY);
+	lenient.reader().skip(3);
+	Decoder::integer(lenient.reader(), value);
 	EXPECT_EQ(263186u, value);
 	// p = 2: only '110000' starts the long form; values above 2^20 that the
 	// lenient forms can spell are refused.
@@ -445,9 +432,9 @@ TEST(BitCodecTest, LenientIntegerPatternsAreKept)
 	for (const auto& c: refused)
 	{
 		SCOPED_TRACE(c.bits);
-		Source strict(fromBits(c.bits), false);
-		strict.pReader->skip(c.skip);
-		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&] { Decoder::integer(*strict.pReader, value); }));
+		Input strict(fromBits(c.bits), Reading::MEMORY);
+		strict.reader().skip(c.skip);
+		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&] { Decoder::integer(strict.reader(), value); }));
 	}
 }
 
@@ -468,12 +455,13 @@ TEST(BitCodecTest, StringLengthsUseThreeFormsAtEachPosition)
 		SCOPED_TRACE(testing::Message() << "p=" << c.pos << " length=" << c.length);
 		const std::string octets = written([&](BitStreamWriter& w) { w.writeBits(c.pos, false); Encoder::nonEmptyStringLength(w, c.length); });
 		EXPECT_EQ(static_cast<std::size_t>((c.pos + c.bits) / 8), octets.size());
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			Source source(octets, overStream);
-			source.pReader->skip(c.pos);
+			SCOPED_TRACE(testing::Message() << reading);
+			Input source(octets, reading);
+			source.reader().skip(c.pos);
 			unsigned long length = 0;
-			Decoder::nonEmptyStringLength(*source.pReader, length);
+			Decoder::nonEmptyStringLength(source.reader(), length);
 			EXPECT_EQ(c.length, length);
 		}
 	}
@@ -495,11 +483,11 @@ TEST(BitCodecTest, OctetStringsRefuseEmptyTextAndBadPositions)
 	writer.write(true);
 	EXPECT_EQ("illegal position for nonEmptyOctetString encoding",
 		messageOf<FISEncodingException>([&] { Encoder::nonEmptyOctetString(writer, "a"); }));
-	Source source("\xff\xff", false);
-	source.pReader->skip(2);
+	Input source("\xff\xff", Reading::MEMORY);
+	source.reader().skip(2);
 	unsigned long length = 0;
 	EXPECT_EQ("illegal position for nonEmptyOctetString encoding",
-		messageOf<FISEncodingException>([&] { Decoder::nonEmptyStringLength(*source.pReader, length); }));
+		messageOf<FISEncodingException>([&] { Decoder::nonEmptyStringLength(source.reader(), length); }));
 }
 
 
@@ -518,9 +506,9 @@ TEST(BitCodecTest, SequenceLengthsReadBackAsWritten)
 		SCOPED_TRACE(c.length);
 		const std::string octets = written([&](BitStreamWriter& w) { Encoder::lengthOfSequence(w, c.length); });
 		EXPECT_EQ(c.hex, toHex(octets));
-		Source source(octets, false);
+		Input source(octets, Reading::MEMORY);
 		unsigned int length = 0;
-		Decoder::lengthOfSequence(*source.pReader, length);
+		Decoder::lengthOfSequence(source.reader(), length);
 		EXPECT_EQ(c.length, length);
 	}
 
@@ -538,17 +526,17 @@ TEST(BitCodecTest, SequenceLengthsReadBackAsWritten)
 TEST(BitCodecTest, NameSurrogatesMarkAbsentPartsWithAllBitsSet)
 {
 	// 000000|1 1|0 0000001 (prefix 2)|0 0000010 (namespace 3)|0 0000011 (local 4)
-	Source both(fromBits("000000 11 00000001 00000010 00000011"), false);
-	both.pReader->skip(6);
-	EXPECT_EQ(QualifiedNameEntry(2, 3, 4), Decoder::nameSurrogate(*both.pReader));
+	Input both(fromBits("000000 11 00000001 00000010 00000011"), Reading::MEMORY);
+	both.reader().skip(6);
+	EXPECT_EQ(QualifiedNameEntry(2, 3, 4), Decoder::nameSurrogate(both.reader()));
 
-	Source localOnly(fromBits("000000 00 00000100"), false);
-	localOnly.pReader->skip(6);
-	EXPECT_EQ(QualifiedNameEntry(0xFFFFFFFF, 0xFFFFFFFF, 5), Decoder::nameSurrogate(*localOnly.pReader));
+	Input localOnly(fromBits("000000 00 00000100"), Reading::MEMORY);
+	localOnly.reader().skip(6);
+	EXPECT_EQ(QualifiedNameEntry(0xFFFFFFFF, 0xFFFFFFFF, 5), Decoder::nameSurrogate(localOnly.reader()));
 
-	Source misplaced(fromBits("00000000"), false);
+	Input misplaced(fromBits("00000000"), Reading::MEMORY);
 	EXPECT_EQ("Illegal startposition for a nameSurrogate value",
-		messageOf<FISEncodingException>([&] { Decoder::nameSurrogate(*misplaced.pReader); }));
+		messageOf<FISEncodingException>([&] { Decoder::nameSurrogate(misplaced.reader()); }));
 }
 
 
@@ -573,16 +561,17 @@ TEST(BitCodecTest, HeadersAreAcceptedOrRefused)
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(toHex(c.octets));
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			Source source(c.octets, overStream);
+			SCOPED_TRACE(testing::Message() << reading);
+			Input source(c.octets, reading);
 			std::string declaration;
 			EXPECT_EQ(*c.message ? c.message : "no exception",
-				messageOf<FISException>([&] { Decoder::documentPreHeader(*source.pReader, declaration); }));
+				messageOf<FISException>([&] { Decoder::documentPreHeader(source.reader(), declaration); }));
 			if (!*c.message)
 			{
 				EXPECT_EQ(c.declaration, declaration);
-				EXPECT_EQ(1, source.pReader->bitPos());
+				EXPECT_EQ(1, source.reader().bitPos());
 			}
 		}
 	}
@@ -619,12 +608,12 @@ TEST(BitCodecTest, EndOfInputRaisesTheMessageOfEachRead)
 	};
 	for (const auto& c: cases)
 	{
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			SCOPED_TRACE(testing::Message() << c.what << (overStream ? " stream" : " memory"));
-			Source source(c.octets, overStream);
-			source.pReader->skip(c.pos);
-			EXPECT_EQ(c.message, messageOf<FISParseException>([&] { c.read(*source.pReader); }));
+			SCOPED_TRACE(testing::Message() << c.what << " " << reading);
+			Input source(c.octets, reading);
+			source.reader().skip(c.pos);
+			EXPECT_EQ(c.message, messageOf<FISParseException>([&] { c.read(source.reader()); }));
 		}
 	}
 }

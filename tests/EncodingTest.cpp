@@ -20,6 +20,8 @@
 #include "Poco/NumberFormatter.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/DefaultHandler.h"
+#include "NullHandler.h"
+#include "Reading.h"
 #include "TestSupport.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -28,7 +30,6 @@
 #include <cstring>
 #include <functional>
 #include <limits>
-#include <memory>
 #include <random>
 #include <sstream>
 #include <vector>
@@ -87,31 +88,26 @@ std::string written(const std::function<void(BitStreamWriter&)>& write)
 
 
 struct Source
-	/// The same octets behind a reader over memory or over a stream, after
-	/// prefix filler octets; the reader stands on the second bit of the
-	/// octets.
+	/// The octets after prefix filler octets, read in one of the ways; the
+	/// reader stands on the second bit of the octets.
 {
-	Source(const std::string& octets, bool overStream, std::size_t prefix = 0):
-		data(std::string(prefix, 'x') + octets),
-		stream(data)
+	Source(const std::string& octets, Reading reading, std::size_t prefix = 0):
+		input(std::string(prefix, 'x') + octets, reading)
 	{
-		if (overStream) pReader.reset(new BitStreamReader(stream));
-		else pReader.reset(new BitStreamReader(data.data(), data.size()));
 		std::string filler;
-		pReader->read(filler, prefix);
-		pReader->skip(1);
+		reader().read(filler, prefix);
+		reader().skip(1);
 	}
 
-	BitStreamReader& reader() { return *pReader; }
+	BitStreamReader& reader() { return input.reader(); }
 
-	std::string data;
-	std::istringstream stream;
-	std::unique_ptr<BitStreamReader> pReader;
+	Input input;
 };
 
 
-class TypedRecorder: public FISContentHandler
-	/// Records every call as one line: "int 5", "binary 01ab", "characters x".
+class TypedRecorder: public NullHandler
+	/// Records text and typed values as one line each: "int 5", "binary
+	/// 01ab", "characters x", and minus zero with its sign.
 {
 public:
 	std::string log() const
@@ -121,17 +117,7 @@ public:
 		return joined;
 	}
 
-	void setDocumentLocator(const Ixor::XML::Locator*) override {}
-	void startDocument() override {}
-	void endDocument() override {}
-	void startElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::Attributes&) override {}
-	void endElement(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
 	void characters(const Ixor::XML::XMLChar ch[], int start, int length) override { lines.push_back("characters " + std::string(ch + start, length)); }
-	void ignorableWhitespace(const Ixor::XML::XMLChar[], int, int) override {}
-	void processingInstruction(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
-	void startPrefixMapping(const Ixor::XML::XMLString&, const Ixor::XML::XMLString&) override {}
-	void endPrefixMapping(const Ixor::XML::XMLString&) override {}
-	void skippedEntity(const Ixor::XML::XMLString&) override {}
 
 	void binaryData(const char* data, std::size_t length) override { lines.push_back("binary " + toHex(std::string(data, length))); }
 	void encodedData(short value) override { lines.push_back("short " + Ixor::NumberFormatter::format(value)); }
@@ -257,20 +243,20 @@ TEST(EncodingTest, TextValuesOctetsRoundTrip)
 		const std::string octets = written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
 		EXPECT_EQ(toHex(fromHex(c.octets)), toHex(octets));
 
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
 			// Slide the string across the stream reader's refill boundary.
 			for (std::size_t prefix: {0, 1020, 1023})
 			{
-				SCOPED_TRACE(testing::Message() << "stream=" << overStream << " prefix=" << prefix);
-				Source typed(octets, overStream, prefix);
+				SCOPED_TRACE(testing::Message() << reading << " prefix=" << prefix);
+				Source typed(octets, reading, prefix);
 				Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), typed.reader());
 				EXPECT_EQ(prefix + octets.size(), typed.reader().octetsConsumed());
 				EXPECT_EQ(c.index, pValue->type());
 				EXPECT_EQ(c.textBack, textOf(*pValue));
 				EXPECT_EQ(c.typed, typedOf(*pValue));
 
-				Source text(octets, overStream, prefix);
+				Source text(octets, reading, prefix);
 				std::string back = "stale";
 				algorithm.decodeText(text.reader(), back);
 				EXPECT_EQ(c.textBack, back);
@@ -287,9 +273,10 @@ void checkRandomValues(const std::vector<T>& values, bool textRoundTrip = true)
 {
 	Ixor::AutoPtr<E> pValue(new E(values));
 	const std::string octets = written([&](BitStreamWriter& w) { pValue->write(w); });
-	for (bool overStream: {false, true})
+	for (Reading reading: READINGS)
 	{
-		Source source(octets, overStream);
+		SCOPED_TRACE(testing::Message() << reading);
+		Source source(octets, reading);
 		std::vector<T> back;
 		E::decode(source.reader(), back);
 		ASSERT_EQ(values.size(), back.size());
@@ -342,7 +329,7 @@ TEST(EncodingTest, RandomValuesRoundTrip)
 
 	Ixor::AutoPtr<FloatEncoding> pFloats(new FloatEncoding(anyFloats));
 	const std::string octets = written([&](BitStreamWriter& w) { pFloats->write(w); });
-	Source source(octets, true);
+	Source source(octets, Reading::WHOLE_STREAM);
 	std::vector<float> back;
 	FloatEncoding::decode(source.reader(), back);
 	ASSERT_EQ(anyFloats.size(), back.size());
@@ -354,7 +341,7 @@ TEST(EncodingTest, RandomValuesRoundTrip)
 		std::vector<bool> some(bools.begin(), bools.begin() + count);
 		Ixor::AutoPtr<BoolEncoding> pValue(new BoolEncoding(some));
 		const std::string boolOctets = written([&](BitStreamWriter& w) { pValue->write(w); });
-		Source boolSource(boolOctets, true);
+		Source boolSource(boolOctets, Reading::WHOLE_STREAM);
 		std::vector<bool> boolBack;
 		BoolEncoding::decode(boolSource.reader(), boolBack);
 		EXPECT_TRUE(some == boolBack);
@@ -395,7 +382,7 @@ TEST(EncodingTest, EveryNaNReadsAsNaN)
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(c.octets);
-		Source source(fromHex(c.octets), false);
+		Source source(fromHex(c.octets), Reading::MEMORY);
 		std::string text;
 		ALGORITHMS[c.index].decodeText(source.reader(), text);
 		EXPECT_EQ("NaN NaN NaN", text);
@@ -555,12 +542,12 @@ TEST(EncodingTest, LengthsThatAreNotAMultipleOfTheWidth)
 	{
 		SCOPED_TRACE(c.index);
 		const std::string octets = fromHex(c.octets);
-		Source typed(octets, false);
+		Source typed(octets, Reading::MEMORY);
 		EXPECT_EQ(c.message, messageOf<FISEncodingException>([&] { DECODINGS.read(static_cast<int>(c.index), typed.reader()); }));
 
 		// The decoder to text of 32-bit integers alone reports the size as
 		// FISException.
-		Source text(octets, false);
+		Source text(octets, Reading::MEMORY);
 		std::string back;
 		try
 		{
@@ -592,9 +579,9 @@ TEST(EncodingTest, BooleanUnusedBitCounts)
 	{
 		SCOPED_TRACE(c.octets);
 		const std::string octets = fromHex(c.octets);
-		Source typed(octets, false);
+		Source typed(octets, Reading::MEMORY);
 		EXPECT_EQ(c.typed, messageOf<FISEncodingException>([&] { DECODINGS.read(6, typed.reader()); }));
-		Source text(octets, false);
+		Source text(octets, Reading::MEMORY);
 		std::string back;
 		const std::string message = messageOf<FISEncodingException>([&] { BoolEncoding::decode(text.reader(), back); });
 		if (c.text) EXPECT_EQ(c.text, back);
@@ -610,13 +597,13 @@ TEST(EncodingTest, LengthBeyondTheInputFailsWithoutAllocating)
 	const std::string octets = fromHex("60 ffffffff 00010203");
 	for (unsigned int index = 1; index <= 10; ++index)
 	{
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			SCOPED_TRACE(testing::Message() << index << " stream=" << overStream);
-			Source typed(octets, overStream);
+			SCOPED_TRACE(testing::Message() << index << " " << reading);
+			Source typed(octets, reading);
 			EXPECT_THAT(messageOf<FISParseException>([&] { DECODINGS.read(static_cast<int>(index), typed.reader()); }),
 				HasSubstr("Unexpected end of stream"));
-			Source text(octets, overStream);
+			Source text(octets, reading);
 			std::string back;
 			EXPECT_THAT(messageOf<FISParseException>([&] { ALGORITHMS[index].decodeText(text.reader(), back); }),
 				HasSubstr("Unexpected end of stream"));
@@ -640,7 +627,7 @@ TEST(EncodingTest, IndexesWithoutAnAlgorithm)
 	for (int index: {-1, 0, 11, 20, 31, 32, 1000, INT_MAX})
 	{
 		SCOPED_TRACE(index);
-		Source source(octets, false);
+		Source source(octets, Reading::MEMORY);
 		EXPECT_EQ("Invalid decoding defined", messageOf<FISException>([&] { DECODINGS.read(index, source.reader()); }));
 		EXPECT_EQ(1, source.reader().bitPos());
 		EXPECT_EQ(0u, source.reader().octetsConsumed());
@@ -797,7 +784,7 @@ TEST(EncodingTest, BinaryValuesGiveTheirTextAsContent)
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(c.index);
-		Source source(fromHex("02 01abff"), false);
+		Source source(fromHex("02 01abff"), Reading::MEMORY);
 		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
 		EXPECT_EQ(c.text, static_cast<const Encoding&>(*pValue).content());
 		EXPECT_EQ(c.text, pValue->content());
@@ -847,11 +834,15 @@ TEST(EncodingTest, EncodedAttributeValuesReachAPlainHandlerAsText)
 	{
 		SCOPED_TRACE(c.text);
 		const std::string document = fromHex("e0 00 00 01 00 7c 00 72 78 00 61") + fromHex(c.value) + fromHex("ff f0");
-		AttributeRecorder recorder;
-		FastInfosetParser parser;
-		parser.setContentHandler(&recorder);
-		parser.parseMemoryNP(document.data(), document.size());
-		EXPECT_EQ(std::vector<std::string>{c.text}, recorder.values);
+		for (Reading reading: READINGS)
+		{
+			SCOPED_TRACE(testing::Message() << reading);
+			AttributeRecorder recorder;
+			FastInfosetParser parser;
+			parser.setContentHandler(&recorder);
+			Input(document, reading).parse(parser);
+			EXPECT_EQ(std::vector<std::string>{c.text}, recorder.values);
+		}
 	}
 }
 
@@ -865,11 +856,11 @@ TEST(EncodingTest, AValueNamesTheFunctionsOfItsAlgorithm)
 	{
 		SCOPED_TRACE(testing::Message() << c.index << " '" << c.text << "'");
 		const std::string octets = written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
-		Source source(octets, false);
+		Source source(octets, Reading::MEMORY);
 		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
 		EXPECT_EQ(ALGORITHMS[c.index].check, pValue->checkMethod());
 		EXPECT_EQ(octets, written([&](BitStreamWriter& w) { pValue->encodeMethod()(w, c.text); }));
-		Source again(octets, false);
+		Source again(octets, Reading::MEMORY);
 		EXPECT_EQ(c.textBack, textOf(*pValue->decodeMethod()(again.reader())));
 	}
 }

@@ -1,9 +1,9 @@
-#include "Ixor/FastInfoset/BitStreamWriter.h"
-#include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "DocumentBits.h"
 #include "EventRecorder.h"
+#include "Reading.h"
 #include "TestSupport.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
@@ -12,7 +12,6 @@
 #include "Poco/NullStream.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/InputSource.h"
-#include "Poco/SAX/SAXParser.h"
 #include "Poco/TemporaryFile.h"
 #include "Poco/SAX/SAXException.h"
 #include <gtest/gtest.h>
@@ -34,31 +33,62 @@ namespace {
 const std::string HEADER = fromHex("e0 00 00 01");
 
 
-std::string events(const std::string& document, bool loadExternalVocabularies = false)
-	/// The events of a document as text; an exception ends them with its message.
+class ParserTest: public testing::TestWithParam<Reading>
+	/// Every test reads its documents in each of the ways of reading.
 {
-	EventRecorder recorder;
-	FastInfosetParser parser;
-	parser.setLoadExternalVocabularies(loadExternalVocabularies);
-	recorder.attachTo(parser);
-	try
+protected:
+	void parse(FastInfosetParser& parser, const std::string& document)
 	{
-		parser.parseMemoryNP(document.data(), document.size());
+		Input input(document, GetParam());
+		input.parse(parser);
 	}
-	catch (const Ixor::Exception& exc)
+
+	std::string events(const std::string& document, bool loadExternalVocabularies = false)
+		/// The events of a document as text; an exception ends them with its message.
 	{
-		recorder.lines.push_back(std::string("! ") + exc.message());
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		parser.setLoadExternalVocabularies(loadExternalVocabularies);
+		recorder.attachTo(parser);
+		try
+		{
+			parse(parser, document);
+		}
+		catch (const Ixor::Exception& exc)
+		{
+			recorder.add("! " + exc.message());
+		}
+		return recorder.text();
 	}
-	return recorder.text();
-}
+
+	void expectRefusedCleanly(const std::string& input)
+		/// Either input is a document, or an exception of the library's
+		/// family, ending in the octet where the fault was found, ends the
+		/// parse.
+	{
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		recorder.attachTo(parser);
+		try
+		{
+			parse(parser, input);
+		}
+		catch (const FISException& exc)
+		{
+			EXPECT_NE(std::string::npos, exc.message().find(" (at octet ")) << exc.message();
+		}
+	}
+};
+
+
+INSTANTIATE_TEST_SUITE_P(Readings, ParserTest, testing::ValuesIn(READINGS), testing::PrintToStringParamName());
 
 
 std::string sampleDocument()
 	/// A small document with most kinds of items.
 {
-	std::ostringstream out;
+	return writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		const std::string system("n.dtd");
 		w.notationDecl("n", 0, &system);
 		w.startDocument();
@@ -81,43 +111,14 @@ std::string sampleDocument()
 		w.endElement("urn:p", "root", "p:root");
 		w.endPrefixMapping("p");
 		w.endDocument();
-	}
-	return out.str();
-}
-
-
-void expectRefusedCleanly(const std::string& input)
-	/// Parses input over memory and over a stream: either it is a document,
-	/// or an exception of the library's family, ending in the octet where
-	/// the fault was found, ends the parse.
-{
-	for (bool overStream: {false, true})
-	{
-		EventRecorder recorder;
-		FastInfosetParser parser;
-		recorder.attachTo(parser);
-		try
-		{
-			if (overStream)
-			{
-				std::istringstream in(input);
-				Ixor::XML::InputSource source(in);
-				parser.parse(&source);
-			}
-			else parser.parseMemoryNP(input.data(), input.size());
-		}
-		catch (const FISException& exc)
-		{
-			EXPECT_NE(std::string::npos, exc.message().find(" (at octet ")) << exc.message();
-		}
-	}
+	});
 }
 
 
 } // namespace
 
 
-TEST(ParserTest, ItemsTheWriterNeverProducesAreRead)
+TEST_P(ParserTest, ItemsTheWriterNeverProducesAreRead)
 {
 	struct { const char* what; std::string document; const char* events; } cases[] =
 	{
@@ -172,7 +173,7 @@ TEST(ParserTest, ItemsTheWriterNeverProducesAreRead)
 }
 
 
-TEST(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
+TEST_P(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
 {
 	struct Case { const char* what; std::string document; const char* exception; std::string message; };
 	const std::string root = HEADER + fromHex("00 3c 00 72");
@@ -225,32 +226,26 @@ TEST(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
 	for (const Case& c: cases)
 	{
 		SCOPED_TRACE(c.what);
-		for (bool overStream: {false, true})
+		Errors errors;
+		NullHandler handler;
+		FastInfosetParser parser;
+		handler.attachTo(parser);
+		parser.setErrorHandler(&errors);
+		std::string thrown = "no exception";
+		try
 		{
-			Errors errors;
-			Ixor::XML::DefaultHandler handler;
-			FastInfosetParser parser;
-			parser.setContentHandler(&handler);
-			parser.setErrorHandler(&errors);
-			std::string thrown = "no exception";
-			try
-			{
-				std::istringstream in(c.document);
-				Ixor::XML::InputSource source(in);
-				if (overStream) parser.parse(&source);
-				else parser.parseMemoryNP(c.document.data(), c.document.size());
-			}
-			catch (const FISException& exc)
-			{
-				thrown = std::string(exc.name()) + ": " + exc.message();
-			}
-			EXPECT_EQ(std::string(c.exception) + ": " + c.message, thrown);
-			EXPECT_EQ(std::vector<std::string>{c.message}, errors.fatal);
+			parse(parser, c.document);
 		}
+		catch (const FISException& exc)
+		{
+			thrown = std::string(exc.name()) + ": " + exc.message();
+		}
+		EXPECT_EQ(std::string(c.exception) + ": " + c.message, thrown);
+		EXPECT_EQ(std::vector<std::string>{c.message}, errors.fatal);
 	}
 
 	// What a handler throws passes as it is, and is no fault of the input.
-	struct Stopping: public Ixor::XML::DefaultHandler
+	struct Stopping: public NullHandler
 	{
 		void startElement(const std::string&, const std::string&, const std::string&, const Ixor::XML::Attributes&) override
 		{
@@ -261,17 +256,15 @@ TEST(ParserTest, HostileInputsRaiseTheLibrarysExceptionsWithTheOctet)
 	FastInfosetParser parser;
 	parser.setContentHandler(&stopping);
 	parser.setErrorHandler(&errors);
-	const std::string document = root + fromHex("ff");
-	EXPECT_EQ("stop", messageOf<FISException>([&] { parser.parseMemoryNP(document.data(), document.size()); }));
+	EXPECT_EQ("stop", messageOf<FISException>([&] { parse(parser, root + fromHex("ff")); }));
 	EXPECT_TRUE(errors.fatal.empty());
 }
 
 
-TEST(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
+TEST_P(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
 {
-	std::ostringstream out;
+	const std::string document = writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		w.startDocument();
 		w.startElement("", "r", "r");
 		w.startCDATA();
@@ -279,19 +272,18 @@ TEST(ParserTest, CDATAIsFramedOnlyForALexicalHandler)
 		w.endCDATA();
 		w.endElement("", "r", "r");
 		w.endDocument();
-	}
-	const std::string document = out.str();
+	});
 	EXPECT_EQ("startDocument\nstartElement {}r r\nstartCDATA\ncharacters x<y\nendCDATA\nendElement {}r r\nendDocument\n", events(document));
 
 	EventRecorder recorder;
 	FastInfosetParser parser;
 	parser.setContentHandler(&recorder);
-	parser.parseMemoryNP(document.data(), document.size());
+	parse(parser, document);
 	EXPECT_EQ("startDocument\nstartElement {}r r\ncharacters x<y\nendElement {}r r\nendDocument\n", recorder.text());
 }
 
 
-TEST(ParserTest, FeaturesAndPropertiesRefuseWhatTheyDoNotKnow)
+TEST(ParserFeaturesTest, FeaturesAndPropertiesRefuseWhatTheyDoNotKnow)
 {
 	FastInfosetParser parser;
 	EXPECT_TRUE(parser.getFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES));
@@ -319,12 +311,12 @@ TEST(ParserTest, FeaturesAndPropertiesRefuseWhatTheyDoNotKnow)
 }
 
 
-TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
+TEST_P(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 {
 	// As the host's parser reports them: qualified names of elements and
 	// attributes with the feature on, none with it off; attributes of type
 	// CDATA in the host's own list, which its DOM builder needs.
-	struct Names: public Ixor::XML::DefaultHandler
+	struct Names: public NullHandler
 	{
 		std::vector<std::string> lines;
 
@@ -344,9 +336,8 @@ TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 		}
 	};
 
-	std::ostringstream out;
+	const std::string document = writeDocument([](FastInfosetWriter& w)
 	{
-		FastInfosetWriter w(out);
 		w.startDocument();
 		w.startPrefixMapping("p", "urn:p");
 		w.startPrefixMapping("q", "urn:q");
@@ -359,8 +350,7 @@ TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 		w.endPrefixMapping("q");
 		w.endPrefixMapping("p");
 		w.endDocument();
-	}
-	const std::string document = out.str();
+	});
 	const std::vector<std::string> withPrefixes =
 	{
 		"{urn:p}root p:root {}a[a|CDATA] {urn:q}b[q:b|CDATA] 2 in the host's list",
@@ -382,20 +372,20 @@ TEST(ParserTest, QualifiedNamesFollowTheNamespacePrefixesFeature)
 		FastInfosetParser parser;
 		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, prefixes);
 		parser.setContentHandler(&names);
-		parser.parseMemoryNP(document.data(), document.size());
+		parse(parser, document);
 		EXPECT_EQ(prefixes ? withPrefixes : withoutPrefixes, names.lines);
 	}
 }
 
 
-TEST(ParserTest, OneParserReadsSeveralDocuments)
+TEST_P(ParserTest, OneParserReadsSeveralDocuments)
 {
 	// Each document's alphabets get the same indexes, however many came before.
 	const std::string alphabetDocument = HEADER + fromHex("20 0800 00 02 616263 3c 00 72 88 3c 1b ff");
 	FastInfosetParser reused;
 	EventRecorder alphabetEvents;
 	reused.setContentHandler(&alphabetEvents);
-	for (int i = 0; i < 2; ++i) reused.parseMemoryNP(alphabetDocument.data(), alphabetDocument.size());
+	for (int i = 0; i < 2; ++i) parse(reused, alphabetDocument);
 	EXPECT_EQ("characters abc", alphabetEvents.lines.at(7));
 
 	const std::string document = sampleDocument();
@@ -405,38 +395,14 @@ TEST(ParserTest, OneParserReadsSeveralDocuments)
 	recorder.attachTo(parser);
 	for (int i = 0; i < 3; ++i)
 	{
-		recorder.lines.clear();
-		std::istringstream in(document);
-		Ixor::XML::InputSource source(in);
-		parser.parse(&source);
+		recorder.clear();
+		parse(parser, document);
 		EXPECT_EQ(once, recorder.text());
 	}
 }
 
 
-namespace {
-
-
-class OneWayBuf: public std::streambuf
-	/// A stream buffer over a string that cannot seek, as a pipe or socket.
-{
-public:
-	explicit OneWayBuf(const std::string& data):
-		_data(data)
-	{
-		char* p = const_cast<char*>(_data.data());
-		setg(p, p, p + _data.size());
-	}
-
-private:
-	std::string _data;
-};
-
-
-} // namespace
-
-
-TEST(ParserTest, SeveralDocumentsFollowOneAnother)
+TEST_P(ParserTest, SeveralDocumentsFollowOneAnother)
 {
 	// Documents of different sizes, one larger than the reader's buffer, one
 	// whose last octet holds the terminators of element and document.
@@ -444,60 +410,43 @@ TEST(ParserTest, SeveralDocumentsFollowOneAnother)
 	std::vector<std::string> expected;
 	for (std::size_t size: {10, 3000, 1})
 	{
-		std::ostringstream out;
+		documents.push_back(writeDocument([&](FastInfosetWriter& w)
 		{
-			FastInfosetWriter w(out);
 			w.startDocument();
 			w.startElement("", "r", "r");
 			w.characters(std::string(size, 'x'));
 			w.endElement("", "r", "r");
 			w.endDocument();
-		}
-		documents.push_back(out.str());
+		}));
 		expected.push_back("startDocument\nstartElement {}r r\ncharacters " + std::string(size, 'x') + "\nendElement {}r r\nendDocument\n");
 	}
 	const std::string all = documents[0] + documents[1] + documents[2];
 
-	std::stringstream seekable(all);
-	OneWayBuf oneWay(all);
-	std::istream unseekable(&oneWay);
-	for (std::istream* pStream: {static_cast<std::istream*>(&seekable), &unseekable})
-	{
-		SCOPED_TRACE(pStream == &seekable ? "a stream that seeks" : "a stream that cannot seek");
-		FastInfosetParser parser;
-		EventRecorder recorder;
-		recorder.attachTo(parser);
-		for (std::size_t i = 0; i < documents.size(); ++i)
-		{
-			recorder.lines.clear();
-			Ixor::XML::InputSource source(*pStream);
-			parser.parse(&source);
-			EXPECT_EQ(expected[i], recorder.text());
-			EXPECT_EQ(documents[i].size(), parser.lastDocumentSize());
-		}
-		// The stream is at its end: a fourth parse finds no document.
-		Ixor::XML::InputSource source(*pStream);
-		EXPECT_THROW(parser.parse(&source), FISException);
-	}
-	EXPECT_EQ(static_cast<std::streamoff>(all.size()), (seekable.clear(), seekable.tellg()));
-
-	// In memory, each document starts where the last one ended.
+	// A stream that seeks is left where each document ends; one that cannot
+	// seek leaves the parser the octets it read beyond. In memory, each
+	// document starts lastDocumentSize() octets on.
+	Input input(all, GetParam());
 	FastInfosetParser parser;
 	EventRecorder recorder;
 	recorder.attachTo(parser);
-	std::size_t offset = 0;
-	for (const std::string& events: expected)
+	for (std::size_t i = 0; i < documents.size(); ++i)
 	{
-		recorder.lines.clear();
-		parser.parseMemoryNP(all.data() + offset, all.size() - offset);
-		EXPECT_EQ(events, recorder.text());
-		offset += parser.lastDocumentSize();
+		recorder.clear();
+		input.parse(parser);
+		EXPECT_EQ(expected[i], recorder.text());
+		EXPECT_EQ(documents[i].size(), parser.lastDocumentSize());
 	}
-	EXPECT_EQ(all.size(), offset);
+	// The input is at its end: a fourth parse finds no document.
+	EXPECT_THROW(input.parse(parser), FISException);
+	if (GetParam() == Reading::WHOLE_STREAM)
+	{
+		input.stream().clear();
+		EXPECT_EQ(static_cast<std::streamoff>(all.size()), input.stream().tellg());
+	}
 }
 
 
-TEST(ParserTest, ReEncodingGivesTheSameOctets)
+TEST_P(ParserTest, ReEncodingGivesTheSameOctets)
 {
 	const std::string document = sampleDocument();
 	std::ostringstream out;
@@ -505,13 +454,13 @@ TEST(ParserTest, ReEncodingGivesTheSameOctets)
 		FastInfosetWriter writer(out);
 		FastInfosetParser parser(DocumentVocabulary::VOC_HASH);
 		parser.initialize(&writer);
-		parser.parseMemoryNP(document.data(), document.size());
+		parse(parser, document);
 	}
 	EXPECT_EQ(toHex(document), toHex(out.str()));
 }
 
 
-TEST(ParserTest, TruncatedFlippedAndRandomInputEndsInAnException)
+TEST_P(ParserTest, TruncatedFlippedAndRandomInputEndsInAnException)
 {
 	const std::string document = sampleDocument();
 	for (std::size_t length = 0; length < document.size(); ++length)
@@ -539,7 +488,7 @@ TEST(ParserTest, TruncatedFlippedAndRandomInputEndsInAnException)
 }
 
 
-TEST(ParserTest, DeepNestingIsLimited)
+TEST_P(ParserTest, DeepNestingIsLimited)
 {
 	// The first element names "r" literally; each further one is index 1.
 	const int depth = 200000;
@@ -547,7 +496,7 @@ TEST(ParserTest, DeepNestingIsLimited)
 	EXPECT_EQ("Maximum element depth exceeded (at octet 10007)", messageOf<FISParseException>([&]
 	{
 		FastInfosetParser parser;
-		parser.parseMemoryNP(document.data(), document.size());
+		parse(parser, document);
 	}));
 
 	// The number of declarations per element is limited too.
@@ -563,15 +512,15 @@ TEST(ParserTest, DeepNestingIsLimited)
 	FastInfosetParser limited;
 	limited.setMaxNamespaceDeclarations(10);
 	EXPECT_EQ("Maximum number of namespace declarations exceeded (at octet 58)",
-		messageOf<FISParseException>([&] { limited.parseMemoryNP(declared.data(), declared.size()); }));
+		messageOf<FISParseException>([&] { parse(limited, declared); }));
 	limited.setMaxNamespaceDeclarations(11);
-	limited.parseMemoryNP(declared.data(), declared.size());
+	parse(limited, declared);
 
 	// Closed properly, the same depth is read when the limit allows it.
 	document += std::string(depth / 2, '\xff') + '\xf0';
 	FastInfosetParser parser;
 	parser.setMaxElementDepth(depth);
-	parser.parseMemoryNP(document.data(), document.size());
+	parse(parser, document);
 }
 
 
@@ -610,13 +559,8 @@ struct ExternalVocabularyFiles
 
 	static void feedXML(const std::string& xml, FastInfosetWriter& writer)
 	{
-		Ixor::XML::SAXParser parser;
-		parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-		parser.setContentHandler(&writer);
-		parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
 		std::istringstream in(xml);
-		Ixor::XML::InputSource source(in);
-		parser.parse(&source);
+		parseXML(in, &writer, &writer, &writer);
 	}
 
 	void write(const std::string& name, const std::string& content)
@@ -659,7 +603,7 @@ std::string documentAgainst(const DocumentVocabulary& vocabulary, const std::str
 } // namespace
 
 
-TEST(ParserTest, ExternalVocabulariesAreLoadedOnlyWhenAllowed)
+TEST_P(ParserTest, ExternalVocabulariesAreLoadedOnlyWhenAllowed)
 {
 	ExternalVocabularyFiles files;
 	const std::string expected =
@@ -677,8 +621,9 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedOnlyWhenAllowed)
 
 		// By default a document cannot make the parser open a file.
 		const std::string offset = " (at octet " + std::to_string(document.find(uri) + uri.size()) + ")";
+		FastInfosetParser parser;
 		EXPECT_EQ("External vocabulary loading is disabled (FastInfosetParser::setLoadExternalVocabularies): " + uri + offset,
-			messageOf<FISException>([&] { FastInfosetParser().parseMemoryNP(document.data(), document.size()); }));
+			messageOf<FISException>([&] { parse(parser, document); }));
 	}
 
 	// What is not a regular file, or is too large, is refused before it is read.
@@ -728,7 +673,7 @@ TEST(ParserTest, ExternalVocabulariesAreLoadedOnlyWhenAllowed)
 }
 
 
-TEST(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
+TEST_P(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 {
 	// Given under a URI, it is used without loading: the file need not exist.
 	ExternalVocabularyFiles files;
@@ -754,20 +699,15 @@ TEST(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		writer.endElement("", "r", "r");
 		writer.endDocument();
 	}
-	std::ostringstream repeating;
-	{
-		// Against the vocabulary: an element "r" holding chunk index next.
-		BitStreamWriter w(repeating, false);
-		w.write(0xE0000001u, 32);
-		w.write(0x20u, 8);          // 0 0100000: an initial vocabulary
-		w.write(0x1000u, 16);       // 000 1000000000000: only an external vocabulary
-		w.write(false);
-		Encoder::nonEmptyOctetString(w, missing);
-		w.write(0x3C0072u, 24);     // element "r"
-		w.write(5u, 3);             // 10 1: a chunk by index
-		Encoder::integer(w, next);
-		w.write(0xFFu, 8);
-	}
+	// Against the vocabulary: an element "r" holding chunk index next.
+	const std::string repeating = DocumentBits().header()
+		.bits(0x20, 7)             // an initial vocabulary
+		.bits(0x1000, 16)          // 000 1000000000000: only an external vocabulary
+		.literal(missing)
+		.bits(0x3C0072, 24)        // element "r"
+		.bits(5, 3)                // 10 1: a chunk by index
+		.integer(next)
+		.bits(0xFF, 8).done();
 	const std::string plain = HEADER + fromHex("00 3c 00 72 ff");
 	struct { const char* what; std::string document; std::string events; } documents[] =
 	{
@@ -775,8 +715,8 @@ TEST(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		{"adding a chunk", adding.str(), "startDocument\nstartElement {}r r\ncharacters added\nendElement {}r r\nendDocument\n"},
 		{"without initial vocabulary", plain, "startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"against it again", against, ""},
-		{"naming the added chunk", repeating.str(), "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
-			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.str().size() - 1) + ")\n"},
+		{"naming the added chunk", repeating, "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
+			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.size() - 1) + ")\n"},
 	};
 	EventRecorder recorder;
 	FastInfosetParser parser(given);
@@ -785,14 +725,14 @@ TEST(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 	for (const auto& d: documents)
 	{
 		SCOPED_TRACE(d.what);
-		recorder.lines.clear();
+		recorder.clear();
 		try
 		{
-			parser.parseMemoryNP(d.document.data(), d.document.size());
+			parse(parser, d.document);
 		}
 		catch (const Ixor::Exception& exc)
 		{
-			recorder.lines.push_back("! " + exc.message());
+			recorder.add("! " + exc.message());
 		}
 		if (firstEvents.empty()) firstEvents = recorder.text();
 		EXPECT_EQ(d.events.empty() ? firstEvents : d.events, recorder.text());

@@ -10,23 +10,22 @@
 //
 
 
-#include "Ixor/FastInfoset/BitStreamWriter.h"
-#include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "DocumentBits.h"
+#include "NullHandler.h"
+#include "Reading.h"
 #include "Poco/SAX/DefaultHandler.h"
-#include "Poco/SAX/InputSource.h"
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <cstdlib>
 #include <ctime>
-#include <functional>
 #include <new>
-#include <sstream>
 #include <stdexcept>
 
 
 using namespace Ixor::FastInfoset;
+using namespace TestSupport;
 
 
 //
@@ -176,14 +175,13 @@ double cpuSeconds()
 }
 
 
-Outcome parse(const std::string& document, bool overStream = false, Ixor::UInt64 amplificationThreshold = FastInfosetParser::DEFAULT_AMPLIFICATION_THRESHOLD)
+Outcome parse(const std::string& document, Reading reading = Reading::MEMORY, Ixor::UInt64 amplificationThreshold = FastInfosetParser::DEFAULT_AMPLIFICATION_THRESHOLD)
 {
-	Ixor::XML::DefaultHandler handler;
+	Ixor::XML::DefaultHandler handler;   // plain: typed values cost their text
 	FastInfosetParser parser;
 	parser.setContentHandler(&handler);
 	parser.setAmplificationThreshold(amplificationThreshold);
-	std::istringstream in(document);
-	Ixor::XML::InputSource source(in);
+	Input input(document, reading);
 
 	Outcome outcome;
 	double started = 0;
@@ -192,8 +190,7 @@ Outcome parse(const std::string& document, bool overStream = false, Ixor::UInt64
 		started = cpuSeconds();
 		try
 		{
-			if (overStream) parser.parse(&source);
-			else parser.parseMemoryNP(document.data(), document.size());
+			input.parse(parser);
 		}
 		catch (const Ixor::Exception& exc)
 		{
@@ -212,67 +209,19 @@ Outcome parse(const std::string& document, bool overStream = false, Ixor::UInt64
 }
 
 
-class Document
-	/// A document put together field by field.
+struct Document: public DocumentBits
+	/// A document put together field by field, from its header on.
 {
-public:
-	Document():
-		_writer(_out, false)
+	Document()
 	{
-		bits(0xE0000001u, 32).bits(0, 1);
+		header();
 	}
 
-	Document& bits(unsigned int value, int count)
-	{
-		_writer.write(value, count);
-		return *this;
-	}
-
-	Document& octets(const std::string& data)
-	{
-		_writer.write(data);
-		return *this;
-	}
-
-	Document& integer(unsigned int value)
-	{
-		Encoder::integer(_writer, value);
-		return *this;
-	}
-
-	Document& length(unsigned long length)
-		/// The length of an octet string, without its octets.
-	{
-		Encoder::nonEmptyStringLength(_writer, length);
-		return *this;
-	}
-
-	Document& string(const std::string& text)
-	{
-		return length(text.size()).octets(text);
-	}
-
-	Document& repeat(std::size_t count, const std::function<void(Document&)>& item)
-	{
-		for (std::size_t i = 0; i < count; ++i) item(*this);
-		return *this;
-	}
-
-	Document& root()
+	DocumentBits& root()
 		/// No header parts, then the element "r" that index 1 names later.
 	{
-		return bits(0, 7).bits(0x3C, 8).bits(0, 1).string("r");
+		return bits(0, 7).bits(0x3C, 8).literal("r");
 	}
-
-	std::string done()
-	{
-		_writer.complete();
-		return _out.str();
-	}
-
-private:
-	std::ostringstream _out;
-	BitStreamWriter    _writer;
 };
 
 
@@ -282,7 +231,7 @@ const unsigned long HUGE = 4000000000ul;
 std::string chunkOfAlgorithm(unsigned int algorithm, unsigned long claimed, const std::string& octets)
 	/// A root element holding one chunk of the algorithm.
 {
-	return Document().root().bits(2, 2).bits(0, 2).bits(3, 2).integer(algorithm).length(claimed).octets(octets).done();
+	return Document().root().bits(2, 2).bits(0, 2).bits(3, 2).integer(algorithm).length(claimed).raw(octets).done();
 }
 
 
@@ -301,19 +250,19 @@ std::vector<Case> hugeLengthCases()
 	std::vector<Case> cases =
 	{
 		{"XML declaration without end", "<?xml " + std::string(100, ' ')},
-		{"additional data", Document().bits(0x40, 7).bits(0x80, 8).bits(0, 16).bits(0, 1).length(HUGE).octets(some).done()},
-		{"external vocabulary URI", Document().bits(0x20, 7).bits(0x1000, 16).bits(0, 1).length(HUGE).octets(some).done()},
-		{"restricted alphabet", Document().bits(0x20, 7).bits(0x0800, 16).bits(0, 8).bits(0, 1).length(HUGE).octets(some).done()},
+		{"additional data", Document().bits(0x40, 7).bits(0x80, 8).bits(0, 16).bits(0, 1).length(HUGE).raw(some).done()},
+		{"external vocabulary URI", Document().bits(0x20, 7).bits(0x1000, 16).bits(0, 1).length(HUGE).raw(some).done()},
+		{"restricted alphabet", Document().bits(0x20, 7).bits(0x0800, 16).bits(0, 8).bits(0, 1).length(HUGE).raw(some).done()},
 		{"prefix table with a million entries", Document().bits(0x20, 7).bits(0x0200, 16).bits(0x8F, 8).bits(0xFFFF, 16).bits(0, 1).string("p").done()},
-		{"local name", Document().bits(0, 7).bits(0x3C, 8).bits(0, 1).length(HUGE).octets(some).done()},
-		{"namespace name", Document().bits(0, 7).bits(0x3D, 8).bits(0, 1).length(HUGE).octets(some).done()},
-		{"character chunk", Document().root().bits(2, 2).bits(0, 4).length(HUGE).octets(some).done()},
-		{"UTF-16 chunk", Document().root().bits(2, 2).bits(0, 2).bits(1, 2).length(HUGE).octets(some).done()},
-		{"alphabet chunk", Document().root().bits(2, 2).bits(0, 2).bits(2, 2).integer(1).length(HUGE).octets(some).done()},
+		{"local name", Document().bits(0, 7).bits(0x3C, 8).bits(0, 1).length(HUGE).raw(some).done()},
+		{"namespace name", Document().bits(0, 7).bits(0x3D, 8).bits(0, 1).length(HUGE).raw(some).done()},
+		{"character chunk", Document().root().bits(2, 2).bits(0, 4).length(HUGE).raw(some).done()},
+		{"UTF-16 chunk", Document().root().bits(2, 2).bits(0, 2).bits(1, 2).length(HUGE).raw(some).done()},
+		{"alphabet chunk", Document().root().bits(2, 2).bits(0, 2).bits(2, 2).integer(1).length(HUGE).raw(some).done()},
 		{"attribute value", Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a")
-			.bits(0, 4).length(HUGE).octets(some).done()},
-		{"comment", Document().root().bits(0xE2, 8).bits(0, 4).length(HUGE).octets(some).done()},
-		{"processing instruction", Document().root().bits(0xE1, 8).bits(0, 1).string("t").bits(0, 4).length(HUGE).octets(some).done()},
+			.bits(0, 4).length(HUGE).raw(some).done()},
+		{"comment", Document().root().bits(0xE2, 8).bits(0, 4).length(HUGE).raw(some).done()},
+		{"processing instruction", Document().root().bits(0xE1, 8).bits(0, 1).string("t").bits(0, 4).length(HUGE).raw(some).done()},
 	};
 	for (unsigned int algorithm = 1; algorithm <= 10; ++algorithm)
 	{
@@ -330,10 +279,10 @@ TEST(ResourceTest, LengthsBeyondTheInputAllocateNothingBig)
 {
 	for (const Case& c: hugeLengthCases())
 	{
-		for (bool overStream: {false, true})
+		for (Reading reading: READINGS)
 		{
-			SCOPED_TRACE(std::string(c.what) + (overStream ? " over a stream" : ""));
-			const Outcome outcome = parse(c.document, overStream);
+			SCOPED_TRACE(testing::Message() << c.what << " " << reading);
+			const Outcome outcome = parse(c.document, reading);
 			EXPECT_FALSE(outcome.error.empty());
 			EXPECT_EQ(std::string::npos, outcome.error.find("unexpected"));
 			EXPECT_LE(outcome.largest, SMALL_ALLOCATION);
@@ -353,37 +302,37 @@ std::vector<Case> largeCases()
 	return
 	{
 		{"tiny chunks added to the table",
-			Document().root().repeat(N, [](Document& d) { d.bits(0x90, 8).bits('x', 8); }).bits(0xFF, 8).done()},
+			Document().root().repeat(N, [](DocumentBits& d) { d.bits(0x90, 8).bits('x', 8); }).bits(0xFF, 8).done()},
 		{"tiny comments added to the table",
-			Document().root().repeat(N, [](Document& d) { d.bits(0xE2, 8).bits(0x40, 8).bits('x', 8); }).bits(0xFF, 8).done()},
+			Document().root().repeat(N, [](DocumentBits& d) { d.bits(0xE2, 8).bits(0x40, 8).bits('x', 8); }).bits(0xFF, 8).done()},
 		{"element names added to the table",
 			// Each element ends in the octet where the next one starts.
-			Document().root().repeat(N / 2, [](Document& d) { d.bits(0x3C, 8).bits(0, 1).string("e").bits(0xF, 4).bits(0, 4); })
+			Document().root().repeat(N / 2, [](DocumentBits& d) { d.bits(0x3C, 8).bits(0, 1).string("e").bits(0xF, 4).bits(0, 4); })
 				.bits(0x3C, 8).bits(0, 1).string("e").bits(0xFFF, 12).done()},
 		{"local names of the initial vocabulary",
 			Document().bits(0x20, 7).bits(0x0080, 16).bits(0x8F, 8).bits(0xFFFF, 16)
-				.repeat(N, [](Document& d) { d.bits(0, 1).string("n"); }).done()},
+				.repeat(N, [](DocumentBits& d) { d.bits(0, 1).string("n"); }).done()},
 		{"alphabets of the initial vocabulary",
 			Document().bits(0x20, 7).bits(0x0800, 16).bits(0x8F, 8).bits(0xFFFF, 16)
-				.repeat(N, [](Document& d) { d.bits(0, 1).string("ab"); }).done()},
+				.repeat(N, [](DocumentBits& d) { d.bits(0, 1).string("ab"); }).done()},
 		{"one long chunk", Document().root().bits(2, 2).bits(0, 4).string(std::string(MB - 100, 'x')).bits(0xFF, 8).done()},
 		{"one long boolean value", chunkOfAlgorithm(6, MB - 100, std::string(MB - 100, '\x55')) + '\xff'},
-		{"deep nesting", Document().root().repeat(MB - 100, [](Document& d) { d.bits(0, 8); }).done()},
-		{"nesting to the limit", Document().root().repeat(9999, [](Document& d) { d.bits(0, 8); })
-			.repeat(5000, [](Document& d) { d.bits(0xFF, 8); }).bits(0xF0, 8).done()},
+		{"deep nesting", Document().root().repeat(MB - 100, [](DocumentBits& d) { d.bits(0, 8); }).done()},
+		{"nesting to the limit", Document().root().repeat(9999, [](DocumentBits& d) { d.bits(0, 8); })
+			.repeat(5000, [](DocumentBits& d) { d.bits(0xFF, 8); }).bits(0xF0, 8).done()},
 		{"many namespace declarations",
-			Document().bits(0, 7).bits(0x38, 8).repeat(MB - 100, [](Document& d) { d.bits(0xCC, 8); })
+			Document().bits(0, 7).bits(0x38, 8).repeat(MB - 100, [](DocumentBits& d) { d.bits(0xCC, 8); })
 				.bits(0xF, 4).bits(0, 6).bits(0xF, 4).bits(0, 2).bits(0, 1).string("r").bits(0xFF, 8).done()},
 		{"many attributes",
 			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x40, 8).bits('v', 8)
-				.repeat(N, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+				.repeat(N, [](DocumentBits& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
 		{"a long attribute value repeated by index",
 			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
-				.string(std::string(MB / 2, 'v')).repeat(N / 2, [](Document& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
+				.string(std::string(MB / 2, 'v')).repeat(N / 2, [](DocumentBits& d) { d.bits(0x00, 8).bits(0x80, 8); }).bits(0xFF, 8).bits(0xF0, 8).done()},
 		{"a long attribute value repeated on many elements",
 			Document().bits(0, 7).bits(0x7C, 8).bits(0, 1).string("r").bits(0x78, 8).bits(0, 1).string("a").bits(0x4, 4)
 				.string(std::string(2 * MB / 5, 'v')).bits(0xF, 4).bits(0, 4)
-				.repeat(N / 2, [](Document& d) { d.bits(0x40, 8).bits(0x00, 8).bits(0x80, 8).bits(0xFF, 8); }).bits(0xFF, 8).done()},
+				.repeat(N / 2, [](DocumentBits& d) { d.bits(0x40, 8).bits(0x00, 8).bits(0x80, 8).bits(0xFF, 8); }).bits(0xFF, 8).done()},
 	};
 }
 
@@ -417,7 +366,7 @@ TEST(ResourceTest, QualifiedNamesTakeMemoryInProportionToTheInput)
 		.bits(0x3F, 8).bits(0, 1).string(std::string(S, 'p')).bits(0, 1).string("urn:u").bits(0, 1).string(std::string(S, 'l'))
 		// The end of the element before, then 0 0 1111 11 and prefix 2,
 		// namespace 2 and local name 1 by index.
-		.repeat(10000, [](Document& d) { d.bits(0xF0, 8).bits(0x3F, 8).bits(0x81, 8).bits(0x81, 8).bits(0x80, 8); })
+		.repeat(10000, [](DocumentBits& d) { d.bits(0xF0, 8).bits(0x3F, 8).bits(0x81, 8).bits(0x81, 8).bits(0x80, 8); })
 		.bits(0xFF, 8).done();
 
 	// 128 prefixes and 128 local names of 1 KB in the initial vocabulary, and
@@ -425,8 +374,8 @@ TEST(ResourceTest, QualifiedNamesTakeMemoryInProportionToTheInput)
 	const std::size_t K = 128;
 	Document pairs;
 	pairs.bits(0x20, 7).bits(0x0280, 16).bits(K - 1, 8)
-		.repeat(K, [](Document& d) { d.bits(0, 1).string(std::string(KB, 'p')); }).bits(K - 1, 8)
-		.repeat(K, [](Document& d) { d.bits(0, 1).string(std::string(KB, 'l')); });
+		.repeat(K, [](DocumentBits& d) { d.bits(0, 1).string(std::string(KB, 'p')); }).bits(K - 1, 8)
+		.repeat(K, [](DocumentBits& d) { d.bits(0, 1).string(std::string(KB, 'l')); });
 	for (unsigned int prefix = 2; prefix < K + 2; ++prefix)
 	{
 		for (unsigned int local = 1; local <= K; ++local)
@@ -443,7 +392,7 @@ TEST(ResourceTest, QualifiedNamesTakeMemoryInProportionToTheInput)
 	{
 		SCOPED_TRACE(document.size());
 		// Without the limit on amplification, which would stop them early.
-		const Outcome outcome = parse(document, false, ~Ixor::UInt64(0));
+		const Outcome outcome = parse(document, Reading::MEMORY, ~Ixor::UInt64(0));
 		EXPECT_EQ("", outcome.error);
 		EXPECT_LE(outcome.peak, MB + 16 * document.size());
 	}
@@ -457,13 +406,13 @@ TEST(ResourceTest, WhatIsDeliveredByIndexIsLimited)
 	const std::string chunk(100 * KB, 'x');
 	const auto chunks = [&](std::size_t repeats)
 	{
-		return Document().root().bits(2, 2).bits(1, 2).bits(0, 2).length(chunk.size()).octets(chunk)
-			.repeat(repeats, [](Document& d) { d.bits(0xA0, 8); }).bits(0xFF, 8).done();
+		return Document().root().bits(2, 2).bits(1, 2).bits(0, 2).length(chunk.size()).raw(chunk)
+			.repeat(repeats, [](DocumentBits& d) { d.bits(0xA0, 8); }).bits(0xFF, 8).done();
 	};
 	const auto names = [&](std::size_t repeats)
 	{
 		return Document().bits(0, 7).bits(0x3C, 8).bits(0, 1).string(chunk).bits(0xF0, 8)
-			.repeat(repeats, [](Document& d) { d.bits(0x00, 8).bits(0xF0, 8); }).bits(0x00, 8).bits(0xFF, 8).done();
+			.repeat(repeats, [](DocumentBits& d) { d.bits(0x00, 8).bits(0xF0, 8); }).bits(0x00, 8).bits(0xFF, 8).done();
 	};
 	struct { const char* what; std::string document; bool refused; } cases[] =
 	{
@@ -486,7 +435,7 @@ TEST(ResourceTest, WhatIsDeliveredByIndexIsLimited)
 
 TEST(ResourceTest, DepthIsLimitedByDefault)
 {
-	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](Document& d) { d.bits(0, 8); }).done();
+	const std::string deep = Document().root().repeat(FastInfosetParser::DEFAULT_MAX_ELEMENT_DEPTH, [](DocumentBits& d) { d.bits(0, 8); }).done();
 	EXPECT_EQ("Maximum element depth exceeded (at octet " + std::to_string(deep.size() - 1) + ")", parse(deep).error);
 	EXPECT_EQ(10000u, FastInfosetParser().getMaxElementDepth());
 }
@@ -494,7 +443,7 @@ TEST(ResourceTest, DepthIsLimitedByDefault)
 
 TEST(ResourceTest, AttributeValuesByIndexAreReportedLikeCopies)
 {
-	struct Values: public Ixor::XML::DefaultHandler
+	struct Values: public NullHandler
 	{
 		std::vector<std::string> elements;
 

@@ -10,6 +10,8 @@
 
 #include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "Ixor/FastInfoset/VocabularyBuilder.h"
+#include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "EventRecorder.h"
 #include "Poco/DirectoryIterator.h"
 #include "Poco/File.h"
@@ -31,6 +33,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 #include <fstream>
+#include <regex>
 #include <sstream>
 
 
@@ -354,7 +357,6 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 	ASSERT_GT(fi.size(), 3000u);
 	write("truncated.fi", fi.substr(0, 3000));
 	write("binary.dat", std::string("\x89PNG\r\n\x1a\n\0\0\0\rIHDR", 16));
-	write("notations.xml", "<!DOCTYPE doc [<!NOTATION gif SYSTEM 'image/gif'>]><doc/>");
 	write("good.xml", "<doc/>");
 	const std::string missing = path("missing.xml");
 
@@ -374,8 +376,6 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 		{{"convert", path("binary.dat")}, 1, "fitool: " + path("binary.dat") + ": SAXParseException: "},
 		{{"decode", path("binary.dat")}, 1, "fitool: " + path("binary.dat")
 			+ ": FastInfoset Exception: Not a valid Fast Infoset document (invalid header) (at octet 2)\n"},
-		{{"encode", path("notations.xml")}, 1, "fitool: " + path("notations.xml")
-			+ ": FastInfoset Exception: Cannot encode declarations of notations and unparsed entities: notation gif\n"},
 		{{"encode", missing}, 1, "fitool: " + missing + ": File not found\n"},
 		{{"dump", missing}, 1, "fitool: " + missing + ": File not found\n"},
 		{{"encode", path("good.xml"), "-o", path("no/such/folder.fi")}, 1, "fitool: " + path("no/such/folder.fi") + ": File not found: "},
@@ -383,6 +383,13 @@ TEST_F(ToolTest, BadDocumentsAndBadUsageGiveStatusAndOneLine)
 		{{"encode", "--pretty"}, 2, "fitool: Unknown option"},
 		{{"dump", "a.fi", "b.fi"}, 2, "fitool: Bad usage: more than one input: b.fi\n"},
 		{{"encode", "--max-indexed-length", "-1"}, 2, "fitool: Invalid option argument: --max-indexed-length takes a number from 0 up: -1\n"},
+		{{"check", "--amplification-threshold", "-1"}, 2, "fitool: Invalid option argument: --amplification-threshold takes a number of octets: -1\n"},
+		{{"check", "--amplification-threshold=18446744073709551616"}, 2, "fitool: Invalid option argument: --amplification-threshold takes a number of octets: "},
+		{{"dump", "--max-amplification=x"}, 2, "fitool: Invalid option argument: --max-amplification takes a number from 0 up: x\n"},
+		{{"encode", "--multiple"}, 2, "fitool: Unknown option"},
+		{{"vocab", "--max-string-length", "x"}, 2, "fitool: Invalid option argument: --max-string-length takes a number from 0 up: x\n"},
+		{{"vocab", "--max-attribute-values=-3"}, 2, "fitool: Invalid option argument: --max-attribute-values takes a number from 0 up: -3\n"},
+		{{"stats", "--vocabulary", "v.voc"}, 2, "fitool: Unknown option"},
 		{{"decode", "-o"}, 2, "fitool: Missing option argument"},
 		{{}, 2, "usage: fitool COMMAND"},
 	};
@@ -472,37 +479,78 @@ TEST_F(ToolTest, DecodeWritesWhatTheConverterWrites)
 }
 
 
-TEST_F(ToolTest, ExternalVocabulariesAreLoadedUnlessRefused)
+TEST_F(ToolTest, DocumentsWrittenWithAVocabularyDecodeToTheTextWrittenWithout)
 {
-	const std::string xml = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
-	write("vocabulary.xml", xml);
-	const std::string uri = path("vocabulary.xml");
-	Poco::NullOutputStream nowhere;
-	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(uri, DocumentVocabulary::VOC_HASH));
-	feedXML(xml, collector);
-	std::ostringstream out;
+	// A vocabulary of two data files serves documents of every kind: those
+	// that it knows, and those that it does not know at all.
+	const std::vector<std::string> files = dataFiles();
+	ASSERT_GE(files.size(), 3u);
+	const Outcome built = fitool({"vocab", files[0], files[1], "-o", path("data.voc")});
+	ASSERT_EQ(0, built.status) << built.err;
+	for (const std::string& file: files)
 	{
-		FastInfosetWriter writer(out, false, collector.getDocumentVocabulary());
-		writer.setExternalVocabulary(uri, collector.getDocumentVocabulary());
-		feedXML(xml, writer);
+		SCOPED_TRACE(file);
+		ASSERT_EQ(0, fitool({"encode", file, "-o", path("without.fi")}).status);
+		const Outcome encoded = fitool({"encode", "--vocabulary", path("data.voc"), file, "-o", path("with.fi")});
+		ASSERT_EQ(0, encoded.status) << encoded.err;
+		const Outcome decoded = fitool({"decode", "--vocabulary", path("data.voc"), path("with.fi")});
+		EXPECT_EQ(0, decoded.status) << decoded.err;
+		const Outcome plain = fitool({"decode", path("without.fi")});
+		EXPECT_EQ(plain.out, decoded.out);
+		EXPECT_EQ(0, fitool({"check", "--vocabulary", path("data.voc"), path("with.fi")}).status);
+		EXPECT_EQ(listedElements(fitool({"dump", path("without.fi")}).out),
+			listedElements(fitool({"dump", "--vocabulary", path("data.voc"), path("with.fi")}).out));
+		if (file == files[0] || file == files[1])
+		{
+			EXPECT_LT(fileContent(path("with.fi")).size(), fileContent(path("without.fi")).size());
+		}
 	}
-	write("against.fi", out.str());
+}
 
-	const Outcome decoded = fitool({"decode", path("against.fi")});
-	EXPECT_EQ(0, decoded.status) << decoded.err;
-	EXPECT_EQ("<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", decoded.out);
-	const Outcome dumped = fitool({"dump", path("against.fi")});
-	EXPECT_EQ(0, dumped.status) << dumped.err;
-	EXPECT_NE(std::string::npos, dumped.out.find("    external vocabulary: \"" + uri + "\"\n      loaded\n")) << dumped.out;
-	EXPECT_NE(std::string::npos, dumped.out.find("    text \"text\"  chunk[1]\n")) << dumped.out;
 
-	for (const char* command: {"decode", "convert", "dump"})
+TEST_F(ToolTest, VocabNamesWhatItBuiltByItsContent)
+{
+	const std::string saml = FASTINFOSET_TEST_DATA "/saml-namespaced.xml";
+	const std::string gschema = FASTINFOSET_TEST_DATA "/gschema-text.xml";
+	ASSERT_EQ(0, fitool({"encode", saml, "-o", path("saml.fi")}).status);
+	Poco::File(path("from-fi")).createDirectory();
+	Poco::File(path("more")).createDirectory();
+	const auto build = [&](std::vector<std::string> arguments, const std::string& output)
 	{
-		SCOPED_TRACE(command);
-		const Outcome refused = fitool({command, "--no-external-vocabularies", path("against.fi")});
-		EXPECT_EQ(1, refused.status);
-		EXPECT_NE(std::string::npos, refused.err.find(": FastInfoset Exception: External vocabulary loading is disabled (FastInfosetParser::setLoadExternalVocabularies): " + uri + " (at")) << refused.err;
+		arguments.insert(arguments.begin(), "vocab");
+		arguments.insert(arguments.end(), {"-o", path(output)});
+		const Outcome run = fitool(arguments);
+		EXPECT_EQ(0, run.status) << run.err;
+		return VocabularyDocument::load(path(output));
+	};
+	const DocumentVocabulary fromXML = build({saml}, "orders.voc");
+	EXPECT_TRUE(std::regex_match(fromXML.getURI(), std::regex("urn:fitool:vocabulary:orders:[0-9a-f]{16}"))) << fromXML.getURI();
+	// The same samples, as Fast Infoset, give the same vocabulary.
+	build({path("saml.fi")}, "from-fi/orders.voc");
+	EXPECT_EQ(fileContent(path("orders.voc")), fileContent(path("from-fi/orders.voc")));
+	// Other samples give another URI, so that documents written with one
+	// are refused by the other rather than misread.
+	const DocumentVocabulary more = build({saml, gschema}, "more/orders.voc");
+	EXPECT_NE(fromXML.getURI(), more.getURI());
+	EXPECT_EQ("urn:x", build({saml, "--uri", "urn:x"}, "x.voc").getURI());
+	const Outcome toStandardOutput = fitool({"vocab", saml});
+	write("stdout.voc", toStandardOutput.out);
+	EXPECT_TRUE(std::regex_match(VocabularyDocument::load(path("stdout.voc")).getURI(), std::regex("urn:fitool:vocabulary:[0-9a-f]{16}")));
+
+	// The builder's limits: no strings at all, or none of more than 4 octets.
+	const DocumentVocabulary none = build({saml, "--max-attribute-values", "0", "--max-character-chunks=0"}, "none.voc");
+	const DocumentVocabulary short4 = build({saml, "--max-string-length", "4"}, "short.voc");
+	const DocumentVocabulary empty(DocumentVocabulary::VOC_MAP);
+	for (DocumentVocabulary::ID id: {DocumentVocabulary::ATTRIBUTE_VALUE, DocumentVocabulary::CONTENT_CHARACTER_CHUNK})
+	{
+		SCOPED_TRACE(id);
+		EXPECT_EQ(empty.vocabulary(id)->size(), none.vocabulary(id)->size());
+		EXPECT_LT(empty.vocabulary(id)->size(), short4.vocabulary(id)->size());
+		EXPECT_LT(short4.vocabulary(id)->size(), fromXML.vocabulary(id)->size());
+		const VerbTable<std::string>& strings = short4.vocabulary(id)->index();
+		for (std::size_t i = 0; i < strings.size(); ++i) EXPECT_LE(strings[i].size(), 4u) << strings[i];
 	}
+	EXPECT_EQ(fromXML.elementVocabulary()->size(), none.elementVocabulary()->size());
 }
 
 
@@ -582,7 +630,8 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 {
 	// Each row runs in a fresh folder ({dir}) that holds one.xml, two.xml,
 	// tiny.xml, doc.fi (one.xml encoded), tiny.fi, a truncated bad.fi, a
-	// two.fi that says "old", and a folder out/. {tty} is a terminal.
+	// two.fi that says "old", a folder out/, and the documents made below.
+	// {tty} is a terminal.
 	const std::string NOTHING = "(nothing)";   // the stream stays empty
 	const std::string ABSENT = "(absent)";     // the file does not exist
 	const std::string FI = std::string("\xE0\0", 2);
@@ -645,10 +694,86 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 			"{dir}/one.xml -> {dir}/x.fi: 4006 -> 3406 octets (85.0%)\n", {}},
 		{"the last of -v and -q counts", {"encode", "-v", "-q", "{dir}/one.xml", "-o", "{dir}/x.fi"}, "", 0, NOTHING, NOTHING, {}},
 
+		// One document, or a stream of them
+		{"decode refuses data after the document", {"decode", "{dir}/stream.fi"}, "", 1, "<r/>\n",
+			"fitool: {dir}/stream.fi: Trailing data: data after the end of the document at octet 9\n", {}},
+		{"decode --multiple writes each document in order", {"decode", "--multiple", "{dir}/stream.fi"}, "", 0, "<r/>\n<two/>\n<r/>\n", NOTHING, {}},
+		{"decode --multiple reads a pipe", {"decode", "--multiple"}, "stream.fi", 0, "<r/>\n<two/>\n<r/>\n", NOTHING, {}},
+		{"decode --multiple names the document that fails", {"decode", "--multiple", "{dir}/junk.fi"}, "", 1, "<r/>\n",
+			"fitool: {dir}/junk.fi: document 2 at octet 9: FastInfoset Exception: Not a valid Fast Infoset document (invalid header)", {}},
+		{"check refuses data after the document on a pipe", {"check"}, "stream.fi", 1, NOTHING,
+			"fitool: (standard input): Trailing data: data after the end of the document at octet 9\n", {}},
+		{"check --multiple checks them all", {"check", "--multiple", "-v", "{dir}/stream.fi", "{dir}/doc.fi"}, "", 0,
+			"{dir}/stream.fi: document 3 at octet 20: 9 octets, 1 element, ", NOTHING, {}},
+		{"dump lists the document and refuses what follows", {"dump", "{dir}/stream.fi"}, "", 1, "  end of document\n",
+			"fitool: {dir}/stream.fi: Trailing data: data after the end of the document at octet 9\n", {}},
+		{"dump --multiple lists them all", {"dump", "--multiple"}, "stream.fi", 0,
+			"\nDocument 3 at octet 20\nFast Infoset document, 9 octets\n", NOTHING, {}},
+
+		// Notations and unparsed entities
+		{"decode gives notations and unparsed entities back", {"decode", "{dir}/notations.fi"}, "", 0,
+			"<!DOCTYPE doc [<!NOTATION gif SYSTEM \"image/gif\"><!ENTITY pic SYSTEM \"pic.gif\" NDATA gif>]><doc/>\n", NOTHING, {}},
+
+		// Limits for documents from strangers
+		{"an external vocabulary is not loaded by default", {"decode", "{dir}/against.fi", "-o", "{dir}/against.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/against.fi: FastInfoset Exception: External vocabulary loading is disabled "
+			"(FastInfosetParser::setLoadExternalVocabularies): {dir}/vocabulary.xml (at octet ", {{"against.xml", ABSENT}}},
+		{"nor by check, and --no-external-vocabularies stays", {"check", "--no-external-vocabularies", "{dir}/against.fi"}, "", 1, NOTHING,
+			"External vocabulary loading is disabled", {}},
+		{"nor by convert", {"convert", "{dir}/against.fi"}, "", 1, NOTHING, "External vocabulary loading is disabled", {}},
+		{"decode loads it when allowed", {"decode", "--load-external-vocabularies", "{dir}/against.fi"}, "", 0,
+			"<v xmlns=\"urn:v\"><name kind=\"k\">text</name></v>\n", NOTHING, {}},
+		{"dump loads it when allowed", {"dump", "--load-external-vocabularies", "{dir}/against.fi"}, "", 0,
+			"    external vocabulary: \"{dir}/vocabulary.xml\"\n      loaded\n", NOTHING, {}},
+		{"an amplifying document is refused", {"decode", "{dir}/amplifying.fi", "-o", "{dir}/amplified.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/amplifying.fi: FastInfoset Parse Exception: Amplification limit exceeded: ", {{"amplified.xml", ABSENT}}},
+		{"by dump too", {"dump", "{dir}/amplifying.fi"}, "", 1, "Fast Infoset document", "Amplification limit exceeded: ", {}},
+		{"a higher threshold lets it pass", {"check", "--amplification-threshold", "100000000", "{dir}/amplifying.fi"}, "", 0, NOTHING, NOTHING, {}},
+		{"a higher factor lets it pass", {"check", "--max-amplification=5000", "{dir}/amplifying.fi"}, "", 0, NOTHING, NOTHING, {}},
+
+		// Shared vocabularies: saml.voc is "urn:test:saml", built from one.xml;
+		// named.fi is one.xml written naming it; other.voc is "urn:test:other".
+		{"vocab builds from XML and Fast Infoset samples", {"vocab", "{dir}/one.xml", "{dir}/tiny.fi", "-o", "{dir}/built.voc"}, "",
+			0, NOTHING, NOTHING, {{"built.voc", FI}}},
+		{"vocab -v tells the URI", {"vocab", "-v", "--uri", "urn:x", "{dir}/tiny.xml", "-o", "{dir}/built.voc"}, "", 0, NOTHING,
+			"{dir}/built.voc: vocabulary urn:x from 1 sample, ", {}},
+		{"vocab refuses a terminal", {"vocab", "{dir}/tiny.xml", "-o", "{tty}"}, "", 2, NOTHING,
+			"fitool: Bad usage: a vocabulary is Fast Infoset, not written to a terminal", {}},
+		{"vocab writes nothing when a sample fails", {"vocab", "{dir}/one.xml", "{dir}/bad.fi", "-o", "{dir}/built.voc"}, "", 1, NOTHING,
+			"fitool: {dir}/bad.fi: FastInfoset Parse Exception: ", {{"built.voc", ABSENT}}},
+		{"encode --vocabulary", {"encode", "--vocabulary", "{dir}/saml.voc", "{dir}/one.xml", "-o", "{dir}/x.fi"}, "", 0, NOTHING, NOTHING,
+			{{"x.fi", FI}}},
+		{"decode --vocabulary", {"decode", "--vocabulary", "{dir}/saml.voc", "{dir}/named.fi"}, "", 0, "<Response IssueInstant=", NOTHING, {}},
+		{"decode without it names its URI", {"decode", "{dir}/named.fi", "-o", "{dir}/named.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/named.fi: FastInfoset Exception: External vocabulary loading is disabled "
+			"(FastInfosetParser::setLoadExternalVocabularies): urn:test:saml (at octet 21); give it with --vocabulary FILE\n",
+			{{"named.xml", ABSENT}}},
+		{"decode with another names both", {"decode", "--vocabulary", "{dir}/other.voc", "{dir}/named.fi"}, "", 1, NOTHING,
+			"urn:test:saml (at octet 21); --vocabulary gives urn:test:other instead\n", {}},
+		{"opening the URI is no help for a URN", {"decode", "--load-external-vocabularies", "{dir}/named.fi"}, "", 1, NOTHING,
+			"External vocabulary is not a local file: urn:test:saml (at octet 21)\n", {}},
+		{"convert --vocabulary", {"convert", "--vocabulary", "{dir}/saml.voc", "{dir}/named.fi"}, "", 0, "<Response IssueInstant=", NOTHING, {}},
+		{"check --vocabulary, and documents that do not name it", {"check", "--vocabulary", "{dir}/saml.voc", "{dir}/named.fi", "{dir}/doc.fi"},
+			"", 0, NOTHING, NOTHING, {}},
+		{"check without it", {"check", "{dir}/named.fi"}, "", 1, NOTHING, "give it with --vocabulary FILE\n", {}},
+		{"dump --vocabulary", {"dump", "--vocabulary", "{dir}/saml.voc", "{dir}/named.fi"}, "", 0,
+			"    external vocabulary: \"urn:test:saml\"\n", NOTHING, {}},
+		{"dump without it", {"dump", "{dir}/named.fi"}, "", 1, "    external vocabulary: \"urn:test:saml\"\n",
+			"give it with --vocabulary FILE\n", {}},
+		{"--vocabulary takes a vocabulary document", {"decode", "--vocabulary", "{dir}/doc.fi", "{dir}/named.fi"}, "", 1, NOTHING,
+			"fitool: {dir}/doc.fi: Not a vocabulary: the document carries no vocabulary URI; make a vocabulary with fitool vocab\n", {}},
+		{"--vocabulary is not XML", {"encode", "--vocabulary", "{dir}/one.xml", "{dir}/tiny.xml"}, "", 1, NOTHING,
+			"fitool: {dir}/one.xml: Not a vocabulary: the file is not Fast Infoset; make a vocabulary with fitool vocab\n", {}},
+		{"a missing --vocabulary", {"check", "--vocabulary", "{dir}/missing.voc", "{dir}/doc.fi"}, "", 1, NOTHING,
+			"fitool: {dir}/missing.voc: File not found\n", {}},
+
 		// Help
+		{"fitool --help lists vocab", {"--help"}, "", 0, "  vocab     [options] [SAMPLE...]\n", NOTHING, {}},
+		{"vocab --help", {"vocab", "--help"}, "", 0, "--max-string-length=N", NOTHING, {}},
 		{"encode --help", {"encode", "--help"}, "", 0, "usage: fitool encode [options] [FILE...]", NOTHING, {}},
 		{"help tells what standard input means", {"check", "--help"}, "", 0, "With no FILE, or when FILE is -, reads standard input.", NOTHING, {}},
 		{"help tells where outputs go", {"decode", "--help"}, "", 0, "decode NAME.xml for NAME.fi", NOTHING, {}},
+		{"help tells the limits", {"check", "--help"}, "", 0, "--amplification-threshold=N", NOTHING, {}},
 	};
 
 	const int master = posix_openpt(O_RDWR | O_NOCTTY);
@@ -666,6 +791,61 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 	std::istringstream tinyIn("<r/>");
 	std::ostringstream tiny;
 	Converter::convertToFIS(tinyIn, tiny, 0, 16);
+	std::istringstream twoIn("<two/>");
+	std::ostringstream two;
+	Converter::convertToFIS(twoIn, two, 0, 16);
+	const Outcome notations = fitool({"encode", "-o", path("notations.fi")},
+		"<!DOCTYPE doc [<!NOTATION gif SYSTEM 'image/gif'><!ENTITY pic SYSTEM 'pic.gif' NDATA gif>]><doc/>");
+	ASSERT_EQ(0, notations.status) << notations.err;
+	const std::string notationsFI = fileContent(path("notations.fi"));
+
+	// A document written against an external vocabulary, named by its path.
+	const std::string vocabularyXML = "<v xmlns='urn:v'><name kind='k'>text</name></v>";
+	const std::string vocabularyURI = path("vocabulary.xml");
+	Poco::NullOutputStream nowhere;
+	FastInfosetWriter collector(nowhere, false, DocumentVocabulary(vocabularyURI, DocumentVocabulary::VOC_HASH));
+	feedXML(vocabularyXML, collector);
+	std::ostringstream against;
+	{
+		FastInfosetWriter writer(against, false, collector.getDocumentVocabulary());
+		writer.setExternalVocabulary(vocabularyURI, collector.getDocumentVocabulary());
+		feedXML(vocabularyXML, writer);
+	}
+
+	// one.xml written naming a vocabulary built from it, and a vocabulary
+	// of another URI.
+	VocabularyBuilder samlSamples;
+	std::istringstream samlIn(one);
+	samlSamples.addXML(samlIn);
+	std::ostringstream samlVocabulary;
+	VocabularyDocument::save(samlSamples.vocabulary("urn:test:saml"), samlVocabulary);
+	std::ostringstream named;
+	{
+		FastInfosetWriter writer(named);
+		writer.setExternalVocabulary("urn:test:saml", samlSamples.vocabulary("urn:test:saml"));
+		feedXML(one, writer);
+	}
+	VocabularyBuilder otherSamples;
+	std::istringstream otherIn("<other/>");
+	otherSamples.addXML(otherIn);
+	std::ostringstream otherVocabulary;
+	VocabularyDocument::save(otherSamples.vocabulary("urn:test:other"), otherVocabulary);
+
+	// 13 KB that deliver one 10 KB chunk a thousand times: 10 MB by index.
+	const std::string amplifying = writtenDocument([](FastInfosetWriter& w)
+		{
+			const std::string chunk(10000, 'a');
+			w.setMaxIndexedStringLength(static_cast<int>(chunk.size()));
+			w.startDocument();
+			w.startElement("", "r", "");
+			for (int i = 0; i < 1000; ++i)
+			{
+				w.characters(chunk);
+				w.emptyElement("", "e", "");
+			}
+			w.endElement("", "r", "");
+			w.endDocument();
+		});
 
 	for (const Case& c: CASES)
 	{
@@ -691,6 +871,15 @@ TEST_F(ToolTest, BehavesLikeTheUnixToolsPeopleKnow)
 		write("noname", tiny.str());
 		write("bad.fi", doc.str().substr(0, 3000));
 		write("two.fi", "old");
+		write("stream.fi", tiny.str() + two.str() + tiny.str());
+		write("junk.fi", tiny.str() + "junk");
+		write("notations.fi", notationsFI);
+		write("vocabulary.xml", vocabularyXML);
+		write("against.fi", against.str());
+		write("amplifying.fi", amplifying);
+		write("saml.voc", samlVocabulary.str());
+		write("named.fi", named.str());
+		write("other.voc", otherVocabulary.str());
 
 		std::vector<std::string> arguments;
 		for (const std::string& argument: c.arguments) arguments.push_back(expand(argument));

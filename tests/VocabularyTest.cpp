@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/StringDecoder.h"
 #include "Ixor/FastInfoset/VectorVocabulary.h"
 #include "Ixor/FastInfoset/VerbTable.h"
+#include "Reading.h"
 #include "TestSupport.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -119,13 +120,20 @@ std::string utf8Item(const std::string& s)
 }
 
 
-void decodeHeader(const std::string& bits, DocumentVocabulary& vocabulary)
+class InitialVocabularyTest: public testing::TestWithParam<Reading>
+	/// Every test reads its vocabularies in each of the ways of reading.
 {
-	const std::string octets = fromBits(bits);
-	BitStreamReader reader(octets.data(), octets.size());
-	reader.skip(1);
-	Decoder::documentHeader(reader, vocabulary, 0);
-}
+protected:
+	void decodeHeader(const std::string& bits, DocumentVocabulary& vocabulary)
+	{
+		Input input(fromBits(bits), GetParam());
+		input.reader().skip(1);
+		Decoder::documentHeader(input.reader(), vocabulary, 0);
+	}
+};
+
+
+INSTANTIATE_TEST_SUITE_P(Readings, InitialVocabularyTest, testing::ValuesIn(READINGS), testing::PrintToStringParamName());
 
 
 } // namespace
@@ -573,7 +581,7 @@ TEST(VocabularyTest, UTF16IsBigEndianAndInvalidSequencesBecomeQuestionMarks)
 //
 // Initial vocabulary
 //
-TEST(VocabularyTest, InitialVocabulariesFillTheTablesInStreamOrder)
+TEST_P(InitialVocabularyTest, TablesAreFilledInStreamOrder)
 {
 	const std::string localNameA = initialVocabulary("00000 10000000") + bitsOf(0, 8) + identifying("a");
 	DocumentVocabulary vocabulary;
@@ -618,7 +626,7 @@ TEST(VocabularyTest, InitialVocabulariesFillTheTablesInStreamOrder)
 }
 
 
-TEST(VocabularyTest, InitialVocabulariesRefuseWhatTheyCannotHold)
+TEST_P(InitialVocabularyTest, WhatTheTablesCannotHoldIsRefused)
 {
 	struct { const char* name; std::string bits; std::string message; } cases[] =
 	{

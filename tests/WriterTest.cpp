@@ -5,7 +5,9 @@
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include "EventRecorder.h"
+#include "ItemWriter.h"
 #include "TestSupport.h"
+#include "WriterTables.h"
 #include <gtest/gtest.h>
 #include <functional>
 #include <sstream>
@@ -26,14 +28,12 @@ const std::string NO_OPTIONS = "00";     // padding bit and seven absent compone
 std::string document(const std::function<void(FastInfosetWriter&)>& events, bool withDocument = true)
 	/// The hex octets of a document written by a fresh default writer.
 {
-	std::ostringstream out;
+	return toHex(writeDocument([&](FastInfosetWriter& writer)
 	{
-		FastInfosetWriter writer(out);
 		if (withDocument) writer.startDocument();
 		events(writer);
 		if (withDocument) writer.endDocument();
-	}
-	return toHex(out.str());
+	}));
 }
 
 
@@ -56,29 +56,6 @@ AttributesImpl attributes(std::initializer_list<std::pair<const char*, const cha
 	for (auto& a: list) result.addAttribute("", a.first, a.first, "CDATA", a.second);
 	return result;
 }
-
-
-class ExposedWriter: public FastInfosetWriter
-	/// Reaches the writer's building blocks to try them at wrong positions.
-{
-public:
-	using FastInfosetWriter::FastInfosetWriter;
-	using FastInfosetWriter::writeCharacterChunk;
-	using FastInfosetWriter::writeComment;
-	using FastInfosetWriter::writeElement;
-	using FastInfosetWriter::writeAttribute;
-	using FastInfosetWriter::writeIdentifyingStringIndex;
-	using FastInfosetWriter::writeIdentifyingString;
-	using FastInfosetWriter::writeNonIdentifyingStringOrIndex;
-	using FastInfosetWriter::writeEncodedCharacterString;
-	using FastInfosetWriter::writeQualifiedNameOrIndex;
-	using FastInfosetWriter::writeNamespaceAttribute;
-	using FastInfosetWriter::writeNotation;
-	using FastInfosetWriter::writeUnparsedEntity;
-	using FastInfosetWriter::writeDocumentTypeDeclaration;
-	using FastInfosetWriter::writeUnexpandedEntityReference;
-	using FastInfosetWriter::newPrefix;
-};
 
 
 } // namespace
@@ -232,17 +209,16 @@ TEST(WriterTest, NamespaceDeclarationsGoOutOrderedByPrefix)
 
 TEST(WriterTest, HeaderCarriesDeclarationsAndTheInitialVocabulary)
 {
-	std::ostringstream withNotation;
+	const std::string withNotation = document([](FastInfosetWriter& writer)
 	{
-		FastInfosetWriter writer(withNotation);
 		const std::string system("sys");
 		writer.notationDecl("n", 0, &system);
 		writer.startDocument();
 		writer.emptyElement("", "r", "r");
 		writer.endDocument();
-	}
+	}, false);
 	// 0 0010000 notations present; 110000 1 0: c2, 00 "n", 02 "sys", f0
-	EXPECT_EQ(HEADER + "10" "c2" "006e" "02737973" "f0" "3c0072ff", toHex(withNotation.str()));
+	EXPECT_EQ(HEADER + "10" "c2" "006e" "02737973" "f0" "3c0072ff", withNotation);
 
 	std::ostringstream withDeclaration;
 	{
@@ -309,6 +285,7 @@ TEST(WriterTest, EventSequencesThatMakeNoDocumentAreRefused)
 		{"startElement() after the root element",              afterRoot, [](FastInfosetWriter& w) { w.startElement("", "b", "b"); }},
 		{"characters() after the root element",                afterRoot, [](FastInfosetWriter& w) { w.characters("x"); }},
 		{"encodedData() outside the root element",             started,   [](FastInfosetWriter& w) { w.encodedData(1); }},
+		{"binaryData() outside the root element",              started,   [](FastInfosetWriter& w) { w.binaryData("\x01", 1); }},
 		{"endCDATA() without startCDATA()",                    inRoot,    [](FastInfosetWriter& w) { w.endCDATA(); }},
 		{"endDTD() without startDTD()",                        started,   [](FastInfosetWriter& w) { w.endDTD(); }},
 		{"Cannot nest CDATA sections",                         inCDATA,   [](FastInfosetWriter& w) { w.startCDATA(); }},
@@ -414,30 +391,36 @@ TEST(WriterTest, NamesAreCheckedWhenTheyFirstGoOutInFull)
 
 TEST(WriterTest, BuildingBlocksRefuseWrongPositions)
 {
+	// The blocks are the library's own: each is tried one bit away from
+	// where the format lets it start, and writes nothing there.
 	std::ostringstream out;
-	ExposedWriter writer(out);
-	writer.startDocument();   // leaves the writer on an octet boundary
+	BitStreamWriter bits(out, false);
+	DocumentVocabulary vocabulary;
+	WriterTables tables(vocabulary);
+	ItemWriter items(bits, tables);
+	bits.write(5u, 3);
 	const std::string text("t");
-	Ixor::AutoPtr<Encoding> none;
+	const std::string system("s");
 	struct { const char* message; std::function<void()> write; } cases[] =
 	{
-		{"Illegal startposition for an Element value",                       [&] { writer.writeElement("", "", "e"); }},
-		{"Illegal startposition for a Attribute value",                      [&] { writer.writeAttribute("", "", "a", "v"); }},
-		{"Illegal startposition for a CharacterChunk value",                 [&] { writer.writeCharacterChunk(text); }},
-		{"Illegal startposition for a writeEncodedCharacterString",          [&] { writer.writeEncodedCharacterString(text, 0); }},
-		{"Illegal startposition for a writeQualifiedNameOrIndex value",      [&] { writer.writeQualifiedNameOrIndex("", "", "e", true); }},
-		{"Illegal startposition for a NamespaceAttribute value",             [&] { writer.writeNamespaceAttribute("p", "u"); }},
-		{"Illegal startposition for a Notation value",                       [&] { writer.writeNotation("n", 0, 0); }},
-		{"Illegal startposition for an UnparsedEntity value",                [&] { writer.writeUnparsedEntity("n", 0, "s", "x"); }},
-		{"Illegal startposition for a DocumentTypeDeclaration value",        [&] { writer.writeDocumentTypeDeclaration("", "s"); }},
-		{"Illegal startposition for a UnexpandedEntityReference value",      [&] { writer.writeUnexpandedEntityReference("n", 0, 0); }},
+		{"Illegal startposition for a Attribute value",                      [&] { items.attribute("", "", "a", "v"); }},
+		{"Illegal startposition for a CharacterChunk value",                 [&] { items.chunkString("t", 1); }},
+		{"Illegal startposition for a writeEncodedCharacterString",          [&] { items.encodedCharacterString("t", 1); }},
+		{"Illegal startposition for a NonIdentifyingStringOrIndex value",    [&] { items.nonIdentifyingStringOrIndex("t", 1, DocumentVocabulary::OTHER_STRING); }},
+		{"Illegal startposition for a writeQualifiedNameOrIndex value",      [&] { items.qualifiedNameOrIndex("", "", "e", true, 0); }},
+		// The first try enters the name in its table, the second finds it.
+		{"Illegal startposition for an writeIdentifyingString",              [&] { items.identifyingStringOrIndex(text, DocumentVocabulary::OTHER_NCNAME); }},
+		{"Illegal startposition for an writeIdentifyingStringIndex",         [&] { items.identifyingStringOrIndex(text, DocumentVocabulary::OTHER_NCNAME); }},
+		{"Illegal startposition for a NamespaceAttribute value",             [&] { items.namespaceAttribute("p", "u"); }},
+		{"Illegal startposition for a Notation value",                       [&] { items.notation("n", 0, 0); }},
+		{"Illegal startposition for an UnparsedEntity value",                [&] { items.unparsedEntity("n", 0, system, "x"); }},
 	};
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(c.message);
 		EXPECT_EQ(c.message, messageOf<FISEncodingException>(c.write));
+		EXPECT_EQ(3, bits.bitPos());
 	}
-	out.str("");
 }
 
 
@@ -463,10 +446,17 @@ TEST(WriterTest, PointerCharactersStopAtAZeroInsideTheirRange)
 
 TEST(WriterTest, GeneratedPrefixesCountForTheWritersLife)
 {
-	std::ostringstream out;
-	ExposedWriter writer(out);
-	EXPECT_EQ("ns1", writer.newPrefix());
-	EXPECT_EQ("ns2", writer.newPrefix());
+	// The second element's namespace gets the next number, although the
+	// first prefix went out of scope with its element.
+	const std::string octets = document([](FastInfosetWriter& w)
+	{
+		w.startElement("", "r", "r");
+		w.emptyElement("urn:x", "e", "");
+		w.emptyElement("urn:y", "e", "");
+		w.endElement("", "r", "r");
+	});
+	EXPECT_NE(std::string::npos, octets.find(toHex("ns1") + "04" + toHex("urn:x")));
+	EXPECT_NE(std::string::npos, octets.find(toHex("ns2") + "04" + toHex("urn:y")));
 }
 
 

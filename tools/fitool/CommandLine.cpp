@@ -1,12 +1,17 @@
 #include "CommandLine.h"
+#include "Ixor/FastInfoset/VocabularyBuilder.h"
 #include "Poco/NumberParser.h"
 #include "Poco/Util/HelpFormatter.h"
 #include "Poco/Util/Option.h"
 #include "Poco/Util/OptionProcessor.h"
 #include "Poco/Util/OptionSet.h"
+#include <cerrno>
+#include <cstdlib>
+#include <limits>
 #include <ostream>
 
 
+using Ixor::FastInfoset::VocabularyBuilder;
 using Poco::Util::Option;
 using Poco::Util::OptionSet;
 
@@ -47,7 +52,11 @@ namespace
 		{CommandLine::CHECK, "check", "[options] [FILE...]",
 			"Reads each Fast Infoset document completely, with the library's limits, and prints "
 			"nothing when it is sound; a faulty one gets one line on standard error naming the "
-			"file and the fault."}
+			"file and the fault."},
+		{CommandLine::VOCAB, "vocab", "[options] [SAMPLE...]",
+			"Builds a vocabulary from sample documents of a kind (XML text or Fast Infoset): their "
+			"names and the strings that save most. Documents that encode --vocabulary writes name it "
+			"and carry only what it lacks; decode, check and dump read them with the same --vocabulary."}
 	};
 
 
@@ -59,6 +68,18 @@ namespace
 		"encode writes NAME.fi for NAME.xml (or FILE.fi), decode NAME.xml for NAME.fi (or "
 		"FILE.xml); such an output that exists already is replaced only with -f. Standard input "
 		"cannot be one of several inputs. encode does not write to a terminal without -f.";
+
+	const char* const VOCABULARY_NOTE =
+		"With no SAMPLE, or when SAMPLE is -, reads standard input. "
+		"The vocabulary, a Fast Infoset document, goes to standard output or to OUT with -o OUT (replaced "
+		"when it exists), not to a terminal without -f. Without --uri its URI is "
+		"urn:fitool:vocabulary:NAME:DIGEST, NAME being OUT's name without extension and DIGEST "
+		"changing with the content, so that documents are never read with another vocabulary than "
+		"the one they were written with.";
+
+	const char* const VOCABULARY_STATUS_NOTE =
+		"Exit status: 0 done, 1 a sample that cannot be read (then nothing is written) or an output that "
+		"cannot be written, 2 bad usage.";
 
 	const char* const STATUS_NOTE =
 		"Exit status: 0 done, 1 a bad document or a file that cannot be read or written (the "
@@ -93,6 +114,19 @@ namespace
 			options.addOption(Option("force", "f", command == CommandLine::DECODE ? "Replaces outputs that exist."
 				: "Writes Fast Infoset to a terminal too, and replaces outputs that exist."));
 		}
+		if (command == CommandLine::VOCAB)
+		{
+			options.addOption(Option("output", "o", "Writes the vocabulary to OUT instead of standard output. "
+				"A failed run leaves no OUT behind.").argument("OUT"));
+			options.addOption(Option("force", "f", "Writes the vocabulary to a terminal too."));
+			options.addOption(Option("uri", "", "The URI by which documents name the vocabulary.").argument("URI"));
+			options.addOption(Option("max-attribute-values", "", "Takes at most N attribute values (default "
+				+ std::to_string(VocabularyBuilder::DEFAULT_MAX_ATTRIBUTE_VALUES) + ").").argument("N"));
+			options.addOption(Option("max-character-chunks", "", "Takes at most N text chunks (default "
+				+ std::to_string(VocabularyBuilder::DEFAULT_MAX_CHARACTER_CHUNKS) + ").").argument("N"));
+			options.addOption(Option("max-string-length", "", "Takes attribute values and text chunks of at most N "
+				"octets (default " + std::to_string(VocabularyBuilder::DEFAULT_MAX_STRING_LENGTH) + ").").argument("N"));
+		}
 		if (command != CommandLine::STATS)
 			options.addOption(Option("quiet", "q", "Shows no progress line and no warnings."));
 		if (converts)
@@ -100,6 +134,21 @@ namespace
 		if (command == CommandLine::CHECK)
 			options.addOption(Option("verbose", "v", "Prints per document its size and counts of elements, attributes, "
 				"text, comments and processing instructions."));
+		if (command == CommandLine::VOCAB)
+			options.addOption(Option("verbose", "v", "Tells on standard error the vocabulary's URI, the samples read "
+				"and the octets written."));
+		if (CommandLine::takesVocabulary(command))
+		{
+			const std::string vocabulary = command == CommandLine::ENCODE
+				? "Writes documents that name the vocabulary in FILE (made by fitool vocab) and carry only what it lacks; "
+					"read them with the same --vocabulary."
+				: command == CommandLine::CONVERT
+				? "Encodes documents that name the vocabulary in FILE (made by fitool vocab), and decodes those that "
+					"name it with it, given in advance."
+				: "Reads documents that name the vocabulary in FILE (made by fitool vocab) with it, given in advance: "
+					"nothing is opened for it.";
+			options.addOption(Option("vocabulary", "", vocabulary).argument("FILE"));
+		}
 		if (encodes)
 		{
 			options.addOption(Option("strip-whitespace", "", "Drops ignorable whitespace (between elements)."));
@@ -114,16 +163,36 @@ namespace
 		}
 		if (decodes || command == CommandLine::DUMP || command == CommandLine::CHECK)
 		{
-			options.addOption(Option("no-external-vocabularies", "", "Refuses documents that name an external vocabulary "
-				"instead of opening it (a document can name any file or URL)."));
+			const std::string multiple = command == CommandLine::DUMP ? "Lists a stream of documents, one after the other, each with offsets of its own."
+				: command == CommandLine::CHECK ? "Checks a stream of documents in each input, one after the other."
+				: "Reads a stream of documents, one after the other, and writes each as an XML document of its own, in order.";
+			options.addOption(Option("multiple", "", multiple + " Without it, octets after the document are an error."));
+			options.addOption(Option("load-external-vocabularies", "", "Opens the external vocabulary that a document names, "
+				"when it is a regular local file. Without it such a document is refused: a document can name any file."));
+			options.addOption(Option("no-external-vocabularies", "", "Refuses documents that name an external vocabulary (the default)."));
+			options.addOption(Option("amplification-threshold", "", "Text and names that a document delivers by index may reach "
+				"N octets before --max-amplification applies (default 8388608, 8 MiB).").argument("N"));
+			options.addOption(Option("max-amplification", "", "Past the threshold, refuses a document that delivers by index "
+				"more than F times the octets it has read (default 100).").argument("F"));
 		}
+	}
+
+
+	bool parseOctets(const std::string& text, Poco::UInt64& octets)
+	{
+		// Digits only, and no wrap past 2^64 - 1 (the host's number parser
+		// takes 2^64 for 0).
+		if (text.empty() || text.find_first_not_of("0123456789") != std::string::npos) return false;
+		errno = 0;
+		octets = std::strtoull(text.c_str(), 0, 10);
+		return errno != ERANGE;
 	}
 
 
 	bool takesSeveralInputs(CommandLine::Command command)
 	{
 		return command == CommandLine::ENCODE || command == CommandLine::DECODE || command == CommandLine::CONVERT
-			|| command == CommandLine::CHECK;
+			|| command == CommandLine::CHECK || command == CommandLine::VOCAB;
 	}
 }
 
@@ -135,6 +204,9 @@ CommandLine::CommandLine(const std::vector<std::string>& arguments):
 	_force(false),
 	_verbosity(NORMAL)
 {
+	_vocabularyOptions.maxAttributeValues = VocabularyBuilder::DEFAULT_MAX_ATTRIBUTE_VALUES;
+	_vocabularyOptions.maxCharacterChunks = VocabularyBuilder::DEFAULT_MAX_CHARACTER_CHUNKS;
+	_vocabularyOptions.maxStringLength = VocabularyBuilder::DEFAULT_MAX_STRING_LENGTH;
 	std::vector<std::string>::const_iterator it = readCommand(arguments);
 	OptionSet options;
 	addOptions(_command, options);
@@ -188,7 +260,28 @@ void CommandLine::readOption(const std::string& name, const std::string& value)
 	else if (name == "xml-declaration") _encodeOptions.xmlDeclaration = true;
 	else if (name == "pretty") _decodeOptions.pretty = true;
 	else if (name == "declaration") _decodeOptions.declaration = true;
+	else if (name == "multiple") _decodeOptions.multiple = true;
+	else if (name == "load-external-vocabularies") _decodeOptions.loadExternalVocabularies = true;
 	else if (name == "no-external-vocabularies") _decodeOptions.loadExternalVocabularies = false;
+	else if (name == "amplification-threshold")
+	{
+		Poco::UInt64 octets = 0;
+		if (!parseOctets(value, octets))
+			throw Poco::Util::InvalidArgumentException("--amplification-threshold takes a number of octets", value);
+		_decodeOptions.amplificationThreshold = octets;
+	}
+	else if (name == "max-amplification")
+	{
+		double factor = 0;
+		if (!Poco::NumberParser::tryParseFloat(value, factor) || !(factor >= 0) || factor > 1e300)
+			throw Poco::Util::InvalidArgumentException("--max-amplification takes a number from 0 up", value);
+		_decodeOptions.maxAmplification = factor;
+	}
+	else if (name == "vocabulary") _vocabularyPath = value;
+	else if (name == "uri") _vocabularyOptions.uri = value;
+	else if (name == "max-attribute-values") _vocabularyOptions.maxAttributeValues = readCount(name, value);
+	else if (name == "max-character-chunks") _vocabularyOptions.maxCharacterChunks = readCount(name, value);
+	else if (name == "max-string-length") _vocabularyOptions.maxStringLength = readCount(name, value);
 	else if (name == "max-indexed-length")
 	{
 		int length = 0;
@@ -196,6 +289,15 @@ void CommandLine::readOption(const std::string& name, const std::string& value)
 			throw Poco::Util::InvalidArgumentException("--max-indexed-length takes a number from 0 up", value);
 		_encodeOptions.maxIndexedLength = length;
 	}
+}
+
+
+std::size_t CommandLine::readCount(const std::string& name, const std::string& value)
+{
+	Poco::UInt64 count = 0;
+	if (!parseOctets(value, count) || count > std::numeric_limits<std::size_t>::max())
+		throw Poco::Util::InvalidArgumentException("--" + name + " takes a number from 0 up", value);
+	return static_cast<std::size_t>(count);
 }
 
 
@@ -253,6 +355,24 @@ const Transcoder::DecodeOptions& CommandLine::decodeOptions() const
 }
 
 
+const std::string& CommandLine::vocabularyPath() const
+{
+	return _vocabularyPath;
+}
+
+
+const CommandLine::VocabularyOptions& CommandLine::vocabularyOptions() const
+{
+	return _vocabularyOptions;
+}
+
+
+bool CommandLine::takesVocabulary(Command command)
+{
+	return command == ENCODE || command == DECODE || command == CONVERT || command == CHECK || command == DUMP;
+}
+
+
 std::string CommandLine::commandName(Command command)
 {
 	const CommandInfo* pInfo = find(command);
@@ -273,15 +393,15 @@ void CommandLine::printHelp(std::ostream& out, Command command)
 		formatter.setCommand(std::string("fitool ") + pInfo->name);
 		formatter.setUsage(pInfo->usage);
 		formatter.setHeader(pInfo->summary);
-		std::string footer = INPUT_NOTE;
+		std::string footer = command == VOCAB ? VOCABULARY_NOTE : INPUT_NOTE;
 		if (command == ENCODE || command == DECODE || command == CONVERT) footer += std::string(" ") + CONVERSION_NOTE;
-		formatter.setFooter(footer + " " + STATUS_NOTE);
+		formatter.setFooter(footer + " " + (command == VOCAB ? VOCABULARY_STATUS_NOTE : STATUS_NOTE));
 		formatter.format(out);
 		return;
 	}
 	formatter.setCommand("fitool");
 	formatter.setUsage("COMMAND [options] [FILE...]");
-	std::string header = "Converts XML text to Fast Infoset (ITU-T X.891) and back, checks Fast Infoset documents and shows what they hold.\n\nCommands:\n";
+	std::string header = "Converts XML text to Fast Infoset (ITU-T X.891) and back, checks Fast Infoset documents, shows what they hold and builds vocabularies that documents of a kind share.\n\nCommands:\n";
 	for (const CommandInfo& info: COMMANDS) header += std::string("  ") + info.name + std::string(10 - std::string(info.name).size(), ' ') + info.usage + "\n";
 	formatter.setHeader(header);
 	formatter.setFooter(std::string(INPUT_NOTE) + " Run \"fitool COMMAND --help\" for what a command does and its options. "

@@ -12,6 +12,7 @@
 
 #include "Transcoder.h"
 #include "Poco/Util/OptionException.h"
+#include <cstddef>
 #include <iosfwd>
 #include <string>
 #include <vector>
@@ -39,7 +40,8 @@ public:
 		CONVERT,
 		DUMP,
 		STATS,
-		CHECK
+		CHECK,
+		VOCAB
 	};
 
 	enum Verbosity
@@ -47,6 +49,17 @@ public:
 		QUIET,    // no progress line, no warnings
 		NORMAL,
 		VERBOSE   // a line per file on what was done
+	};
+
+	struct VocabularyOptions
+		/// What vocab builds.
+	{
+		std::string uri;
+			/// Empty: one made from the output's name and the content.
+		std::size_t maxAttributeValues;
+		std::size_t maxCharacterChunks;
+		std::size_t maxStringLength;
+			/// VocabularyBuilder's limits, its defaults unless given.
 	};
 
 	explicit CommandLine(const std::vector<std::string>& arguments);
@@ -59,7 +72,7 @@ public:
 
 	const std::vector<std::string>& inputs() const;
 		/// {"-"} (standard input) unless given. Only encode, decode,
-		/// convert and check take more than one.
+		/// convert, check and vocab take more than one.
 
 	const std::string& output() const;
 		/// Empty (standard output) unless given.
@@ -73,14 +86,23 @@ public:
 	const Transcoder::EncodeOptions& encodeOptions() const;
 	const Transcoder::DecodeOptions& decodeOptions() const;
 
+	const std::string& vocabularyPath() const;
+		/// --vocabulary FILE: empty unless given.
+
+	const VocabularyOptions& vocabularyOptions() const;
+
 	static void printHelp(std::ostream& out, Command command);
 		/// The usage of fitool (NONE) or of one command.
 
 	static std::string commandName(Command command);
 
+	static bool takesVocabulary(Command command);
+		/// Whether the command takes --vocabulary FILE.
+
 private:
 	std::vector<std::string>::const_iterator readCommand(const std::vector<std::string>& arguments);
 	void readOption(const std::string& name, const std::string& value);
+	static std::size_t readCount(const std::string& name, const std::string& value);
 
 	Command                   _command;
 	bool                      _help;
@@ -91,6 +113,8 @@ private:
 	Verbosity                 _verbosity;
 	Transcoder::EncodeOptions _encodeOptions;
 	Transcoder::DecodeOptions _decodeOptions;
+	std::string               _vocabularyPath;
+	VocabularyOptions         _vocabularyOptions;
 };
 
 

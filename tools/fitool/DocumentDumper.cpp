@@ -658,16 +658,6 @@ void DocumentDumper::Listing::line(Poco::UInt64 offset, int depth, const std::st
 //
 // DocumentDumper
 //
-DocumentDumper::DocumentDumper(std::ostream& out, bool loadExternalVocabularies):
-	_out(out),
-	_pOwnSettings(new FastInfosetParser),
-	_settings(*_pOwnSettings),
-	_stoppedAt(0)
-{
-	_pOwnSettings->setLoadExternalVocabularies(loadExternalVocabularies);
-}
-
-
 DocumentDumper::DocumentDumper(std::ostream& out, const FastInfosetParser& settings):
 	_out(out),
 	_settings(settings),

@@ -13,7 +13,6 @@
 #include "Poco/Types.h"
 #include <cstddef>
 #include <iosfwd>
-#include <memory>
 
 
 namespace Ixor {
@@ -39,14 +38,10 @@ class DocumentDumper
 	/// the octet). What was listed before a fault stays listed.
 {
 public:
-	DocumentDumper(std::ostream& out, bool loadExternalVocabularies);
-		/// A listing with the parser's default settings, and external
-		/// vocabularies loaded or not.
-
 	DocumentDumper(std::ostream& out, const Ixor::FastInfoset::FastInfosetParser& settings);
 		/// A listing with the settings of a parser: its limits, whether it
-		/// loads external vocabularies, the vocabulary given to it in advance.
-		/// The parser must outlive the dumper.
+		/// loads external vocabularies, the vocabulary given to it in
+		/// advance. The caller keeps the parser.
 
 	~DocumentDumper();
 
@@ -67,7 +62,6 @@ private:
 	class Listing;
 
 	std::ostream& _out;
-	std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> _pOwnSettings;
 	const Ixor::FastInfoset::FastInfosetParser& _settings;
 	Poco::UInt64   _stoppedAt;
 };

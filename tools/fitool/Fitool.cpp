@@ -6,17 +6,28 @@
 #include "SizeAndSpeed.h"
 #include "TextFormat.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/VocabularyBuilder.h"
+#include "Ixor/FastInfoset/VocabularyDocument.h"
+#include "Poco/Ascii.h"
+#include "Poco/DigestEngine.h"
 #include "Poco/Environment.h"
 #include "Poco/File.h"
 #include "Poco/NumberFormatter.h"
 #include "Poco/Path.h"
+#include "Poco/SHA2Engine.h"
+#include "Poco/SAX/DefaultHandler.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/String.h"
 #include <algorithm>
+#include <exception>
+#include <istream>
 #include <ostream>
+#include <sstream>
 #include <stdexcept>
 
 
+using Ixor::FastInfoset::DocumentVocabulary;
+using Ixor::FastInfoset::VocabularyDocument;
 using Poco::NumberFormatter;
 
 
@@ -25,11 +36,17 @@ namespace Fitool {
 
 POCO_IMPLEMENT_EXCEPTION(NotFastInfosetException, Poco::Exception, "Not Fast Infoset")
 POCO_IMPLEMENT_EXCEPTION(NotXMLException, Poco::Exception, "Not XML text")
+POCO_IMPLEMENT_EXCEPTION(DataAfterDocumentException, Poco::Exception, "Trailing data")
+POCO_IMPLEMENT_EXCEPTION(NotVocabularyException, Poco::Exception, "Not a vocabulary")
 
 
 namespace
 {
 	const std::size_t SNIFF_LENGTH = 512;   // enough for a pre-header
+	const std::string AFTER_THE_DOCUMENT = "data after the end of the document at octet ";
+	// How the parser refuses a document that names a vocabulary it was
+	// neither given nor allowed to open.
+	const std::string VOCABULARY_NOT_GIVEN = "External vocabulary loading is disabled";
 
 
 	std::string inputName(const std::string& path)
@@ -49,7 +66,8 @@ Fitool::Fitool(std::ostream& out, std::ostream& err):
 	_out(out),
 	_err(err),
 	_quiet(false),
-	_verbose(false)
+	_verbose(false),
+	_command(CommandLine::NONE)
 {
 }
 
@@ -84,10 +102,19 @@ int Fitool::runCommand(const CommandLine& commandLine)
 {
 	_quiet = commandLine.verbosity() == CommandLine::QUIET;
 	_verbose = commandLine.verbosity() == CommandLine::VERBOSE;
+	_command = commandLine.command();
+	_encodeOptions = commandLine.encodeOptions();
+	_decodeOptions = commandLine.decodeOptions();
 	const std::vector<std::string>& inputs = commandLine.inputs();
 	const CommandLine::Command command = commandLine.command();
+	if (!commandLine.vocabularyPath().empty())
+	{
+		const int status = attempt([&] { loadVocabulary(commandLine); });
+		if (status != EXIT_DONE) return status;
+	}
 	if (command == CommandLine::DUMP) return attempt([&] { dump(commandLine); });
 	if (command == CommandLine::STATS) return attempt([&] { stats(commandLine); });
+	if (command == CommandLine::VOCAB) return attempt([&] { vocab(commandLine); });
 
 	Target target{commandLine.output(), false};
 	if (isConversion(command))
@@ -105,7 +132,7 @@ int Fitool::runCommand(const CommandLine& commandLine)
 	int status = EXIT_DONE;
 	for (const std::string& input: inputs)
 	{
-		if (command == CommandLine::CHECK) status = std::max(status, attempt([&] { check(commandLine, input); }));
+		if (command == CommandLine::CHECK) status = std::max(status, attempt([&] { check(input); }));
 		else status = std::max(status, attempt([&] { convert(commandLine, input, target); }));
 		if (status == EXIT_BAD_USAGE) break;
 	}
@@ -133,7 +160,8 @@ int Fitool::attempt(const std::function<void()>& step)
 		_out.flush();
 		const std::string text = exc.displayText();
 		// Messages that tell their octet need no estimate.
-		_err << "fitool: " << _subject << ": " << text << (text.find("(at octet ") == std::string::npos ? _whereNote : "") << '\n';
+		_err << "fitool: " << _subject << ": " << text << (text.find("(at octet ") == std::string::npos ? _whereNote : "")
+			<< vocabularyAdvice(exc) << '\n';
 	}
 	catch (const std::exception& exc)
 	{
@@ -154,7 +182,7 @@ void Fitool::convert(const CommandLine& commandLine, const std::string& inputPat
 	const std::string output = target.derived ? outputName(inputPath, toFastInfoset, target.path) : target.path;
 	const bool replace = !target.derived || commandLine.force();
 	if (toFastInfoset) encode(input, output, replace, commandLine);
-	else decode(input, output, replace, commandLine);
+	else decode(input, output, replace);
 }
 
 
@@ -168,59 +196,47 @@ void Fitool::encode(InputFile& input, const std::string& output, bool replace, c
 	_subject = input.name();
 	if (!_quiet) input.showProgress("encoding " + input.name());
 	// The host's XML parser tells line and column itself.
-	Transcoder::encode(input.stream(), out.stream(), commandLine.encodeOptions());
+	Transcoder::encode(input.stream(), out.stream(), _encodeOptions);
 	_subject = out.name();
 	out.commit();
 	report(input, out.octetsWritten(), out.name());
 }
 
 
-void Fitool::decode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine)
+void Fitool::decode(InputFile& input, const std::string& output, bool replace)
 {
 	expectFastInfoset(input);
 	_subject = output.empty() ? "(standard output)" : output;
 	OutputFile out(output, replace);
 	_subject = input.name();
 	if (!_quiet) input.showProgress("decoding " + input.name());
-	try
-	{
-		Transcoder::decode(input.stream(), out.stream(), commandLine.decodeOptions());
-	}
-	catch (...)
-	{
-		// The parser reads ahead in blocks: the fault lies in what it has
-		// taken so far.
-		_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead()) + ")";
-		throw;
-	}
+	// Each document ends with a line break, which separates it from the next.
+	forEachDocument(input, [&]
+		{
+			Transcoder::decode(input.stream(), out.stream(), _decodeOptions);
+		});
 	_subject = out.name();
 	out.commit();
 	report(input, out.octetsWritten(), out.name());
 }
 
 
-void Fitool::check(const CommandLine& commandLine, const std::string& inputPath)
+void Fitool::check(const std::string& inputPath)
 {
 	_subject = inputName(inputPath);
 	InputFile input(inputPath);
 	expectFastInfoset(input);
 	if (!_quiet) input.showProgress("checking " + input.name());
-	DocumentCounts counts;
-	Ixor::FastInfoset::FastInfosetParser parser;
-	parser.setLoadExternalVocabularies(commandLine.decodeOptions().loadExternalVocabularies);
-	parser.setContentHandler(&counts);
-	parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&counts));
-	try
-	{
-		Ixor::XML::InputSource source(input.stream());
-		parser.parse(&source);
-	}
-	catch (...)
-	{
-		_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead()) + ")";
-		throw;
-	}
-	if (_verbose) _out << input.name() << ": " << input.octetsRead() << " octets, " << counts.summary() << '\n';
+	const std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> pParser = Transcoder::newParser(_decodeOptions);
+	forEachDocument(input, [&]
+		{
+			DocumentCounts counts;
+			pParser->setContentHandler(&counts);
+			pParser->setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&counts));
+			Ixor::XML::InputSource source(input.stream());
+			pParser->parse(&source);
+			if (_verbose) _out << _subject << ": " << pParser->lastDocumentSize() << " octets, " << counts.summary() << '\n';
+		});
 }
 
 
@@ -230,17 +246,87 @@ void Fitool::dump(const CommandLine& commandLine)
 	InputFile input(commandLine.inputs().front());
 	expectFastInfoset(input);
 	if (!_quiet) input.showProgress("reading " + input.name());
-	const std::string document = input.readAll();
-	DocumentDumper dumper(_out, commandLine.decodeOptions().loadExternalVocabularies);
+	const std::string content = input.readAll();
+	const std::string name = _subject;
+	const bool multiple = _decodeOptions.multiple;
+	std::size_t start = 0;
+	for (int index = 1;; ++index)
+	{
+		// Each listing counts its offsets from its document's first octet.
+		if (multiple) _out << (index > 1 ? "\n" : "") << "Document " << index << " at octet " << start << '\n';
+		if (index > 1) _subject = documentName(name, index, start);
+		start += dumpDocument(content.data() + start, content.size() - start, _decodeOptions);
+		if (start == content.size()) return;
+		if (!multiple) throw DataAfterDocumentException(AFTER_THE_DOCUMENT + NumberFormatter::format(start));
+	}
+}
+
+
+std::size_t Fitool::dumpDocument(const char* data, std::size_t available, const Transcoder::DecodeOptions& options)
+{
+	// The parser finds the document's end and applies the limits; the
+	// listing shows what it can also of a document that the parser refuses,
+	// and the parser's fault is the one told.
+	Ixor::XML::DefaultHandler ignored;
+	const std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> pParser = Transcoder::newParser(options);
+	pParser->setContentHandler(&ignored);
+	std::exception_ptr pRefusal;
+	std::size_t size = available;
 	try
 	{
-		dumper.dump(document.data(), document.size());
+		pParser->parseMemoryNP(data, available);
+		size = static_cast<std::size_t>(pParser->lastDocumentSize());
+	}
+	catch (const Ixor::Exception&)
+	{
+		pRefusal = std::current_exception();
+	}
+	DocumentDumper dumper(_out, *pParser);
+	try
+	{
+		dumper.dump(data, size);
 	}
 	catch (...)
 	{
 		_whereNote = " (at octet " + NumberFormatter::format(dumper.offset()) + ")";
-		throw;
+		if (!pRefusal) throw;
 	}
+	if (pRefusal) std::rethrow_exception(pRefusal);
+	return size;
+}
+
+
+void Fitool::forEachDocument(InputFile& input, const std::function<void()>& readOne)
+{
+	const std::string name = _subject;
+	for (int index = 1;; ++index)
+	{
+		const Poco::UInt64 start = input.octetsRead();
+		if (index > 1) _subject = documentName(name, index, start);
+		try
+		{
+			readOne();
+		}
+		catch (...)
+		{
+			// The parser reads ahead in blocks: the fault lies in what it has
+			// taken so far.
+			_whereNote = " (at or before octet " + NumberFormatter::format(input.octetsRead() - start) + ")";
+			throw;
+		}
+		// The parser leaves the stream after the document.
+		std::istream& stream = input.stream();
+		stream.clear();
+		if (stream.peek() == std::char_traits<char>::eof()) return;
+		if (!_decodeOptions.multiple)
+			throw DataAfterDocumentException(AFTER_THE_DOCUMENT + NumberFormatter::format(input.octetsRead()));
+	}
+}
+
+
+std::string Fitool::documentName(const std::string& inputName, int index, Poco::UInt64 start)
+{
+	return inputName + ": document " + NumberFormatter::format(index) + " at octet " + NumberFormatter::format(start);
 }
 
 
@@ -250,8 +336,85 @@ void Fitool::stats(const CommandLine& commandLine)
 	InputFile input(commandLine.inputs().front());
 	expectXML(input, "dump");
 	const std::string xml = input.readAll();
-	SizeAndSpeed sizeAndSpeed(xml, commandLine.encodeOptions());
+	SizeAndSpeed sizeAndSpeed(xml, _encodeOptions);
 	sizeAndSpeed.print(_out, input.name());
+}
+
+
+void Fitool::vocab(const CommandLine& commandLine)
+{
+	const CommandLine::VocabularyOptions& options = commandLine.vocabularyOptions();
+	// Opened first, so that a terminal is refused before the samples are
+	// read; a failed run leaves nothing behind.
+	_subject = commandLine.output().empty() ? "(standard output)" : commandLine.output();
+	OutputFile out(commandLine.output(), true);
+	if (out.isTerminal() && !commandLine.force())
+		throw UsageException("a vocabulary is Fast Infoset, not written to a terminal; redirect the output, give -o FILE, or use -f (--force)");
+	Ixor::FastInfoset::VocabularyBuilder builder;
+	builder.setMaxAttributeValues(options.maxAttributeValues);
+	builder.setMaxCharacterChunks(options.maxCharacterChunks);
+	builder.setMaxStringLength(options.maxStringLength);
+	for (const std::string& samplePath: commandLine.inputs())
+	{
+		_subject = inputName(samplePath);
+		InputFile input(samplePath);
+		if (!_quiet) input.showProgress("reading " + input.name());
+		if (looksLikeFastInfoset(input.peek(SNIFF_LENGTH)))
+		{
+			const std::unique_ptr<Ixor::FastInfoset::FastInfosetParser> pParser = Transcoder::newParser(_decodeOptions);
+			pParser->setContentHandler(&builder);
+			forEachDocument(input, [&]
+				{
+					Ixor::XML::InputSource source(input.stream());
+					pParser->parse(&source);
+				});
+		}
+		else builder.addXML(input.stream());
+	}
+	const std::string uri = options.uri.empty() ? vocabularyURI(builder, commandLine.output()) : options.uri;
+	_subject = out.name();
+	VocabularyDocument::save(builder.vocabulary(uri), out.stream());
+	out.commit();
+	if (_verbose)
+	{
+		_err << out.name() << ": vocabulary " << uri << " from " << builder.sampleCount()
+			<< (builder.sampleCount() == 1 ? " sample, " : " samples, ") << out.octetsWritten() << " octets\n";
+	}
+}
+
+
+void Fitool::loadVocabulary(const CommandLine& commandLine)
+{
+	_subject = inputName(commandLine.vocabularyPath());
+	InputFile file(commandLine.vocabularyPath());
+	if (!looksLikeFastInfoset(file.peek(SNIFF_LENGTH)))
+		throw NotVocabularyException("the file is not Fast Infoset; make a vocabulary with fitool vocab");
+	const std::string content = file.readAll();
+	// A writer needs map tables, which cannot hold a value twice; a parser
+	// takes vector tables, which can: each direction loads its own.
+	const bool writes = _command == CommandLine::ENCODE || _command == CommandLine::CONVERT;
+	const bool reads = _command != CommandLine::ENCODE;
+	for (const bool forWriting: {true, false})
+	{
+		if (forWriting ? !writes : !reads) continue;
+		std::istringstream in(content);
+		std::unique_ptr<DocumentVocabulary>& pVocabulary = forWriting ? _pWritingVocabulary : _pReadingVocabulary;
+		pVocabulary.reset(new DocumentVocabulary(VocabularyDocument::load(in,
+			forWriting ? DocumentVocabulary::VOC_MAP : DocumentVocabulary::VOC_VECTOR)));
+		if (pVocabulary->getURI().empty())
+			throw NotVocabularyException("the document carries no vocabulary URI; make a vocabulary with fitool vocab");
+	}
+	_encodeOptions.pVocabulary = _pWritingVocabulary.get();
+	_decodeOptions.pVocabulary = _pReadingVocabulary.get();
+}
+
+
+std::string Fitool::vocabularyAdvice(const Ixor::Exception& exc) const
+{
+	if (!CommandLine::takesVocabulary(_command) || exc.message().compare(0, VOCABULARY_NOT_GIVEN.size(), VOCABULARY_NOT_GIVEN) != 0)
+		return "";
+	if (!_decodeOptions.pVocabulary) return "; give it with --vocabulary FILE";
+	return "; --vocabulary gives " + _decodeOptions.pVocabulary->getURI() + " instead";
 }
 
 
@@ -310,6 +473,26 @@ std::string Fitool::outputName(const std::string& input, bool toFastInfoset, con
 	name = (replaced ? name.substr(0, name.size() - from.size()) : name) + to;
 	if (!folder.empty()) path = Poco::Path(folder).makeDirectory();
 	return path.setFileName(name).toString();
+}
+
+
+std::string Fitool::vocabularyURI(const Ixor::FastInfoset::VocabularyBuilder& builder, const std::string& output)
+{
+	// The URI changes with the content: a document written with one
+	// vocabulary and read with another, built again from other samples
+	// under the same name, would give other names and text without a word.
+	std::ostringstream unnamed;
+	VocabularyDocument::save(builder.vocabulary(std::string()), unnamed);
+	Poco::SHA2Engine sha256(Poco::SHA2Engine::SHA_256);
+	sha256.update(unnamed.str());
+	const std::string digest = Poco::DigestEngine::digestToHex(sha256.digest()).substr(0, 16);
+	std::string name = output.empty() || output == "-" ? std::string() : Poco::Path(output).getBaseName();
+	// A URN takes few characters as they are.
+	for (char& c: name)
+	{
+		if (!Poco::Ascii::isAlphaNumeric(c) && c != '-' && c != '.' && c != '_') c = '-';
+	}
+	return "urn:fitool:vocabulary:" + (name.empty() ? std::string() : name + ":") + digest;
 }
 
 

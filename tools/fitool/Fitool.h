@@ -14,8 +14,15 @@
 #include "Poco/Types.h"
 #include <functional>
 #include <iosfwd>
+#include <memory>
 #include <string>
 #include <vector>
+
+
+namespace Ixor {
+namespace FastInfoset {
+	class VocabularyBuilder;
+} }
 
 
 namespace Fitool {
@@ -30,6 +37,12 @@ POCO_DECLARE_EXCEPTION(, NotFastInfosetException, Poco::Exception)
 
 POCO_DECLARE_EXCEPTION(, NotXMLException, Poco::Exception)
 	/// "Not XML text": Fast Infoset given to a command that reads XML.
+
+POCO_DECLARE_EXCEPTION(, DataAfterDocumentException, Poco::Exception)
+	/// "Trailing data": octets after a document where one document is read.
+
+POCO_DECLARE_EXCEPTION(, NotVocabularyException, Poco::Exception)
+	/// "Not a vocabulary": a --vocabulary FILE that names no URI.
 
 
 class Fitool
@@ -64,6 +77,13 @@ public:
 		/// NAME.xml, else the input's name and ".fi" (NAME.xml for NAME.fi,
 		/// else NAME.fi.xml for decoding), beside the input or in folder.
 
+	static std::string vocabularyURI(const Ixor::FastInfoset::VocabularyBuilder& builder, const std::string& output);
+		/// "urn:fitool:vocabulary:NAME:DIGEST" for a vocabulary that the
+		/// builder gives and vocab writes to output: NAME is the output's
+		/// file name without extension (left out with its colon for standard
+		/// output), DIGEST 16 hexadecimal digits of the SHA-256 of the
+		/// vocabulary document without URI.
+
 	static std::string version();
 		/// "fitool 1.0.0 (Ixor FastInfoset 1.0.0, POCO 1.11.0)".
 
@@ -79,10 +99,25 @@ private:
 	int attempt(const std::function<void()>& step);
 	void convert(const CommandLine& commandLine, const std::string& inputPath, const Target& target);
 	void encode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine);
-	void decode(InputFile& input, const std::string& output, bool replace, const CommandLine& commandLine);
-	void check(const CommandLine& commandLine, const std::string& inputPath);
+	void decode(InputFile& input, const std::string& output, bool replace);
+	void check(const std::string& inputPath);
 	void dump(const CommandLine& commandLine);
+	std::size_t dumpDocument(const char* data, std::size_t available, const Transcoder::DecodeOptions& options);
+		/// Lists the document at the start of data; returns its size.
+	void forEachDocument(InputFile& input, const std::function<void()>& readOne);
+		/// Calls readOne for the document at the input's position, and
+		/// again for each that follows with --multiple; without it, octets
+		/// after the first document throw DataAfterDocumentException.
+	static std::string documentName(const std::string& inputName, int index, Poco::UInt64 start);
+		/// How messages name a document after the first of an input.
 	void stats(const CommandLine& commandLine);
+	void vocab(const CommandLine& commandLine);
+	void loadVocabulary(const CommandLine& commandLine);
+		/// Reads --vocabulary FILE into the options, with the tables that
+		/// the command's directions take.
+	std::string vocabularyAdvice(const Ixor::Exception& exc) const;
+		/// What to add to the message of a document refused for the
+		/// vocabulary it names.
 	void expectFastInfoset(InputFile& input);
 	void expectXML(InputFile& input, const char* command);
 	void report(InputFile& input, Poco::UInt64 written, const std::string& output);
@@ -93,6 +128,11 @@ private:
 	std::string   _whereNote;   // where in it, when known
 	bool          _quiet;
 	bool          _verbose;
+	CommandLine::Command      _command;
+	Transcoder::EncodeOptions _encodeOptions;
+	Transcoder::DecodeOptions _decodeOptions;
+	std::unique_ptr<Ixor::FastInfoset::DocumentVocabulary> _pWritingVocabulary;   // --vocabulary, map tables
+	std::unique_ptr<Ixor::FastInfoset::DocumentVocabulary> _pReadingVocabulary;   // the same, vector tables
 };
 
 

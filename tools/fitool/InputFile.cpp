@@ -1,12 +1,12 @@
 #include "InputFile.h"
-#include "Ixor/FastInfoset/FastInfoset.h"
-#include "Poco/BufferedStreamBuf.h"
+#include "Ixor/FastInfoset/BitStreamReader.h"
 #include "Poco/File.h"
 #include "Poco/FileStream.h"
 #include "Poco/StreamCopier.h"
 #include <algorithm>
 #include <cstring>
 #include <iostream>
+#include <vector>
 
 
 namespace Fitool {
@@ -15,18 +15,24 @@ namespace Fitool {
 const std::string InputFile::STANDARD_INPUT("-");
 
 
-class InputFile::CountingBuffer: public Poco::BufferedStreamBuf
+class InputFile::CountingBuffer: public std::streambuf
 	/// Reads the source in large blocks, hands out the peeked octets first,
 	/// and counts what it delivers.
+	///
+	/// It keeps the last HISTORY octets delivered, so that a reader that read
+	/// ahead can seek back to where its document ended, also on a pipe: the
+	/// next document then starts there.
 {
 public:
 	CountingBuffer(std::streambuf& source, ProgressLine& progress):
-		Poco::BufferedStreamBuf(BLOCK_SIZE, std::ios::in),
 		_source(source),
 		_progress(progress),
+		_buffer(HISTORY + BLOCK_SIZE),
 		_pulled(0),
 		_prefixUsed(0)
 	{
+		char* pStart = _buffer.data() + HISTORY;
+		setg(pStart, pStart, pStart);
 	}
 
 	std::string peek(std::size_t count)
@@ -47,33 +53,65 @@ public:
 	}
 
 protected:
-	int readFromDevice(char* pBuffer, std::streamsize length)
+	int_type underflow()
 	{
-		std::streamsize n = 0;
-		if (_prefixUsed < _prefix.size())
-		{
-			n = std::min(length, static_cast<std::streamsize>(_prefix.size() - _prefixUsed));
-			std::memcpy(pBuffer, _prefix.data() + _prefixUsed, static_cast<std::size_t>(n));
-			_prefixUsed += static_cast<std::size_t>(n);
-		}
-		else
-		{
-			n = _source.sgetn(pBuffer, length);
-			if (n < 0) n = 0;
-		}
-		_pulled += static_cast<Poco::UInt64>(n);
-		_progress.update(_pulled);
-		return static_cast<int>(n);
+		if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+		const std::size_t kept = std::min(HISTORY, static_cast<std::size_t>(gptr() - eback()));
+		char* pStart = _buffer.data() + HISTORY;
+		std::memmove(pStart - kept, gptr() - kept, kept);
+		const std::size_t n = readFromDevice(pStart, BLOCK_SIZE);
+		setg(pStart - kept, pStart, pStart + n);
+		return n ? traits_type::to_int_type(*gptr()) : traits_type::eof();
+	}
+
+	pos_type seekoff(off_type offset, std::ios::seekdir way, std::ios::openmode which)
+	{
+		// Only the kept octets and those not yet delivered can be reached.
+		const Poco::Int64 here = static_cast<Poco::Int64>(delivered());
+		Poco::Int64 target = offset;
+		if (way == std::ios::cur) target += here;
+		else if (way != std::ios::beg) return pos_type(off_type(-1));
+		if (!(which & std::ios::in) || target < here - (gptr() - eback()) || target > here + (egptr() - gptr()))
+			return pos_type(off_type(-1));
+		setg(eback(), gptr() + (target - here), egptr());
+		return pos_type(off_type(target));
+	}
+
+	pos_type seekpos(pos_type position, std::ios::openmode which)
+	{
+		return seekoff(off_type(position), std::ios::beg, which);
 	}
 
 private:
-	static const std::streamsize BLOCK_SIZE = 65536;
+	std::size_t readFromDevice(char* pBuffer, std::size_t length)
+	{
+		std::size_t n = 0;
+		if (_prefixUsed < _prefix.size())
+		{
+			n = std::min(length, _prefix.size() - _prefixUsed);
+			std::memcpy(pBuffer, _prefix.data() + _prefixUsed, n);
+			_prefixUsed += n;
+		}
+		else
+		{
+			const std::streamsize got = _source.sgetn(pBuffer, static_cast<std::streamsize>(length));
+			n = got > 0 ? static_cast<std::size_t>(got) : 0;
+		}
+		_pulled += n;
+		_progress.update(_pulled);
+		return n;
+	}
 
-	std::streambuf& _source;
-	ProgressLine&   _progress;
-	Poco::UInt64    _pulled;
-	std::string     _prefix;
-	std::size_t     _prefixUsed;
+	static const std::size_t BLOCK_SIZE = 65536;
+	static const std::size_t HISTORY = 4 * Ixor::FastInfoset::BitStreamReader::BUFFER_SIZE;
+		// More than the parser reads ahead.
+
+	std::streambuf&   _source;
+	ProgressLine&     _progress;
+	std::vector<char> _buffer;
+	Poco::UInt64      _pulled;
+	std::string       _prefix;
+	std::size_t       _prefixUsed;
 };
 
 

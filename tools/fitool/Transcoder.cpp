@@ -1,7 +1,6 @@
 #include "Transcoder.h"
-#include "EncodingWriter.h"
 #include "Ixor/FastInfoset/Converter.h"
-#include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
@@ -13,6 +12,7 @@
 using Ixor::FastInfoset::Converter;
 using Ixor::FastInfoset::DocumentVocabulary;
 using Ixor::FastInfoset::FastInfosetParser;
+using Ixor::FastInfoset::FastInfosetWriter;
 using Ixor::XML::XMLReader;
 
 
@@ -32,8 +32,11 @@ namespace
 
 void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions& options)
 {
-	EncodingWriter writer(fi, options.xmlDeclaration);
+	// Map tables grow without limit.
+	FastInfosetWriter writer(fi, options.xmlDeclaration, DocumentVocabulary::VOC_MAP);
 	writer.setMaxIndexedStringLength(options.maxIndexedLength);
+	// After the indexed length, which the vocabulary's longest string raises.
+	if (options.pVocabulary) writer.setExternalVocabulary(options.pVocabulary->getURI(), *options.pVocabulary);
 
 	Ixor::XML::SAXParser parser;
 	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
@@ -58,9 +61,18 @@ void Transcoder::decode(std::istream& fi, std::ostream& xml, const DecodeOptions
 	int flags = Converter::END_WITH_NEWLINE;
 	if (options.pretty) flags |= Ixor::XML::XMLWriter::PRETTY_PRINT;
 	if (options.declaration) flags |= Ixor::XML::XMLWriter::WRITE_XML_DECLARATION;
-	FastInfosetParser parser(DocumentVocabulary::VOC_VECTOR);
-	parser.setLoadExternalVocabularies(options.loadExternalVocabularies);
-	Converter::convertToXML(parser, fi, xml, flags);
+	Converter::convertToXML(*newParser(options), fi, xml, flags);
+}
+
+
+std::unique_ptr<FastInfosetParser> Transcoder::newParser(const DecodeOptions& options)
+{
+	std::unique_ptr<FastInfosetParser> pParser(options.pVocabulary ? new FastInfosetParser(*options.pVocabulary)
+		: new FastInfosetParser(DocumentVocabulary::VOC_VECTOR));
+	pParser->setLoadExternalVocabularies(options.loadExternalVocabularies);
+	pParser->setAmplificationThreshold(options.amplificationThreshold);
+	pParser->setMaxAmplification(options.maxAmplification);
+	return pParser;
 }
 
 

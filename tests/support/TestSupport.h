@@ -1,8 +1,9 @@
 //
 // TestSupport.h
 //
-// Helpers shared by the tests: hexadecimal octets, bit strings and
-// exception messages.
+// Helpers shared by the tests: hexadecimal octets, bit strings, exception
+// messages, documents written with the default settings, and XML files
+// read by the host's parser.
 //
 
 
@@ -11,9 +12,21 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Poco/SAX/ContentHandler.h"
+#include "Poco/SAX/DTDHandler.h"
+#include "Poco/SAX/LexicalHandler.h"
 #include <cctype>
+#include <functional>
+#include <istream>
 #include <string>
 #include <typeinfo>
+#include <vector>
+
+
+namespace Ixor {
+namespace FastInfoset {
+class FastInfosetWriter;
+} }
 
 
 namespace TestSupport {
@@ -95,6 +108,22 @@ std::string messageOf(F f)
 	}
 	return "no exception";
 }
+
+
+std::string writeDocument(const std::function<void(Ixor::FastInfoset::FastInfosetWriter&)>& events);
+	/// The octets that a writer with the default settings writes for the
+	/// events; they start and end the document themselves.
+
+
+std::vector<std::string> xmlFilesIn(const std::string& folder);
+	/// The paths of the folder's .xml files, sorted.
+
+
+void parseXML(std::istream& xml, Ixor::XML::ContentHandler* pContent, Ixor::XML::LexicalHandler* pLexical,
+	Ixor::XML::DTDHandler* pDTD, bool stripWhitespace = false);
+	/// Feeds the events of XML text to the handlers as the converter does:
+	/// the host's parser with namespaces and their prefixes, through the
+	/// host's whitespace filter when whitespace is stripped.
 
 
 } // namespace TestSupport

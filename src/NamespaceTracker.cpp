@@ -1,0 +1,141 @@
+#include "NamespaceTracker.h"
+#include "Poco/NumberFormatter.h"
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+NamespaceTracker::NamespaceTracker():
+	_prefixCounter(0),
+	_generation(1),
+	_emptyURIMapped(false),
+	_prefixCacheMapped(false),
+	_prefixCacheGeneration(0),
+	_uriCacheGeneration(0),
+	_attributePrefixGeneration(0)
+{
+}
+
+
+void NamespaceTracker::startDocument()
+{
+	_namespaces.reset();
+	++_generation;
+	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
+	pushContext();
+}
+
+
+void NamespaceTracker::lookUpPrefix(const std::string& uri)
+{
+	_prefixCacheURI = uri;
+	_prefixCachePrefix = _namespaces.getPrefix(uri);
+	_prefixCacheMapped = _namespaces.isMapped(uri);
+	_prefixCacheGeneration = _generation;
+}
+
+
+void NamespaceTracker::lookUpURI(const std::string& prefix)
+{
+	_uriCachePrefix = prefix;
+	_uriCacheURI = _namespaces.getURI(prefix);
+	_uriCacheGeneration = _generation;
+}
+
+
+const std::string& NamespaceTracker::attributePrefixOf(const std::string& uri)
+	/// The namespace support may name the default namespace or a prefix that
+	/// an inner declaration took over; neither serves an attribute.
+{
+	if (_attributePrefixGeneration != _generation || uri != _attributePrefixURI)
+	{
+		_attributePrefixURI = uri;
+		_attributePrefixGeneration = _generation;
+		const std::string& first = _namespaces.getPrefix(uri);
+		if (!first.empty() && _namespaces.getURI(first) == uri)
+		{
+			_attributePrefix = first;
+		}
+		else
+		{
+			_attributePrefix.clear();
+			_prefixes.clear();
+			_namespaces.getPrefixes(uri, _prefixes);
+			for (const std::string& prefix: _prefixes)
+			{
+				if (!prefix.empty() && _namespaces.getURI(prefix) == uri)
+				{
+					_attributePrefix = prefix;
+					break;
+				}
+			}
+		}
+	}
+	return _attributePrefix;
+}
+
+
+void NamespaceTracker::declarePrefix(const std::string& prefix, const std::string& uri)
+{
+	_namespaces.declarePrefix(prefix, uri);
+	if (!_contextDeclares.empty()) _contextDeclares.back() = true;
+	if (uri.empty() && !prefix.empty()) _emptyURIMapped = true;
+	++_generation;
+}
+
+
+void NamespaceTracker::undeclarePrefix(const std::string& prefix)
+{
+	_namespaces.undeclarePrefix(prefix);
+	++_generation;
+}
+
+
+void NamespaceTracker::pushContext()
+{
+	_namespaces.pushContext();
+	_contextDeclares.push_back(false);
+}
+
+
+void NamespaceTracker::popContext()
+{
+	// The namespace support cannot do without its first context.
+	if (_contextDeclares.size() == 1) return;
+	_namespaces.popContext();
+	if (!_contextDeclares.empty())
+	{
+		if (_contextDeclares.back()) ++_generation;
+		_contextDeclares.pop_back();
+	}
+	else ++_generation;
+}
+
+
+std::size_t NamespaceTracker::collectDeclarations(std::vector<Declaration>& declarations)
+{
+	// The prefix set of the namespace support is ordered already.
+	_prefixes.clear();
+	_namespaces.getDeclaredPrefixes(_prefixes);
+	std::size_t count = 0;
+	for (const std::string& prefix: _prefixes)
+	{
+		if (count == declarations.size()) declarations.emplace_back();
+		Declaration& declaration = declarations[count++];
+		declaration.first = prefix;
+		declaration.second = _namespaces.getURI(prefix);
+	}
+	return count;
+}
+
+
+std::string NamespaceTracker::newPrefix()
+{
+	std::string prefix("ns");
+	Ixor::NumberFormatter::append(prefix, ++_prefixCounter);
+	return prefix;
+}
+
+
+} } // namespace Ixor::FastInfoset

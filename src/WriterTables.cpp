@@ -1,0 +1,168 @@
+#include "WriterTables.h"
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
+WriterTables::WriterTables(DocumentVocabulary& vocabulary):
+	_vocabulary(vocabulary),
+	_viewsRevision(~UInt64(0)),
+	_views(),
+	_nameViews(),
+	_nameCache(),
+	_lastPrefix(),
+	_lastNamespace()
+{
+}
+
+
+void WriterTables::refreshViews()
+{
+	for (StringTableView& view: _views) view = StringTableView();
+	for (NameTableView& view: _nameViews) view = NameTableView();
+	for (auto& slots: _nameCache)
+	{
+		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
+	}
+	_lastPrefix.pTable = 0;
+	_lastNamespace.pTable = 0;
+	_viewsRevision = _vocabulary.revision();
+}
+
+
+WriterTables::NameTableView& WriterTables::nameViewOf(bool element)
+{
+	checkViews();
+	NameTableView& view = _nameViews[element];
+	if (!view.pTable)
+	{
+		const Vocabulary<QualifiedNameEntry>* pTable = element ? _vocabulary.elementVocabulary() : _vocabulary.attributeVocabulary();
+		view.pTable = pTable;
+		view.pMap = dynamic_cast<const MapVocabulary<QualifiedNameEntry>*>(pTable);
+		view.pHash = view.pMap ? 0 : dynamic_cast<const HashVocabulary<QualifiedNameEntry>*>(pTable);
+	}
+	return view;
+}
+
+
+unsigned int WriterTables::findInOther(DocumentVocabulary::ID id, const char* data, std::size_t length)
+{
+	bool found = false;
+	_text.assign(data, length);
+	return viewOf(id).pTable->exists(_text, found);
+}
+
+
+unsigned int WriterTables::indexOfInOther(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed)
+{
+	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
+	_text.assign(data, length);
+	const unsigned int index = pTable->exists(_text, existed);
+	if (existed || pTable->size() > MAX_INDEX) return index;
+	return _vocabulary.index(id, _text, existed);
+}
+
+
+FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
+	/// find() that remembers its last answer; a table only grows, so an
+	/// index found stays right as long as the table is the same. The empty
+	/// string, the prefix and namespace name of most names, costs nothing.
+{
+	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
+	if (last.pTable == pTable && last.value.size() == value.size()
+		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
+	{
+		return last.index;
+	}
+	const unsigned int index = find(id, value.data(), value.size());
+	if (index != NOT_FOUND)
+	{
+		last.pTable = pTable;
+		last.value = value;
+		last.index = index;
+		last.pStored = &pTable->index()[index];
+	}
+	return index;
+}
+
+
+unsigned int WriterTables::findName(const std::string& prefix, const std::string& uri, const std::string& localName, bool element, StoredName* pStored)
+{
+	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
+	if (prefixIndex == NOT_FOUND) return NOT_FOUND;
+	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _lastNamespace);
+	if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
+
+	// Names repeat: a name found before is recognised by its local name and
+	// the indexes of its prefix and namespace, without looking the local
+	// name and the qualified name up in their tables again. The table
+	// pointers guard against nothing more than the revision does.
+	const void* pNameTable = element ? _vocabulary.elementVocabulary() : _vocabulary.attributeVocabulary();
+	const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
+	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
+	NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
+	if (slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
+		|| slot.prefixIndex != prefixIndex || slot.namespaceIndex != namespaceIndex
+		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size()))
+	{
+		const unsigned int localIndex = find(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
+		if (localIndex == NOT_FOUND) return NOT_FOUND;
+		const unsigned int index = findName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
+		if (index == NOT_FOUND) return NOT_FOUND;
+		slot.pNameTable = pNameTable;
+		slot.pLocalTable = pLocalTable;
+		slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
+		slot.hash = hash;
+		slot.prefixIndex = prefixIndex;
+		slot.namespaceIndex = namespaceIndex;
+		slot.index = index;
+	}
+	if (pStored)
+	{
+		// The last lookups were those of this name's prefix and namespace.
+		pStored->pPrefix = _lastPrefix.pStored;
+		pStored->pURI = _lastNamespace.pStored;
+		pStored->pLocalName = slot.pLocalName;
+	}
+	return slot.index;
+}
+
+
+unsigned int WriterTables::findName(const QualifiedNameEntry& name, bool element)
+{
+	const NameTableView& view = nameViewOf(element);
+	if (view.pMap) return view.pMap->find(name);
+	if (view.pHash) return view.pHash->find(name);
+	bool found = false;
+	return view.pTable->exists(name, found);
+}
+
+
+unsigned int WriterTables::addName(const QualifiedNameEntry& name, bool element)
+{
+	const NameTableView& view = nameViewOf(element);
+	bool qneExists = false;
+	unsigned int index = NOT_FOUND;
+	if (view.pMap) index = const_cast<MapVocabulary<QualifiedNameEntry>*>(view.pMap)->indexWithin(name, MAX_INDEX, qneExists);
+	else if (view.pHash) index = const_cast<HashVocabulary<QualifiedNameEntry>*>(view.pHash)->indexWithin(name, MAX_INDEX, qneExists);
+	else if (view.pTable->size() <= MAX_INDEX) index = (element ? _vocabulary.elementVocabulary() : _vocabulary.attributeVocabulary())->index(name, qneExists);
+	// A literal is only written for a name that is not in the table.
+	poco_assert(!qneExists);
+	return index;
+}
+
+
+std::size_t WriterTables::nameCount(bool element)
+{
+	return nameViewOf(element).pTable->size();
+}
+
+
+const std::string* WriterTables::stored(DocumentVocabulary::ID id, unsigned int index)
+{
+	return index == NOT_FOUND ? 0 : &viewOf(id).pTable->index()[index];
+}
+
+
+} } // namespace Ixor::FastInfoset
