@@ -206,11 +206,9 @@ void Decoder::lengthOfSequence(BitStreamReader& aReader, unsigned int& length)
 
 QualifiedNameEntry Decoder::nameSurrogate(BitStreamReader& aReader)
 {
-	if (aReader.bitPos() != 6)
-		throw FISEncodingException("Illegal startposition for a nameSurrogate value");
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	FastDecoding::twoFlags(aReader, prefixPresent, namespacePresent, "Unexpected end of stream while reading surrogate");
+	FastDecoding::twoFlagsAt(aReader, 6, "Illegal startposition for a nameSurrogate value", prefixPresent, namespacePresent, "Unexpected end of stream while reading surrogate");
 
 	unsigned int prefixId = 0xFFFFFFFF;
 	unsigned int namespaceId = 0xFFFFFFFF;

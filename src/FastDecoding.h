@@ -82,6 +82,15 @@ inline void twoFlags(BitStreamReader& r, bool& first, bool& second, const char* 
 }
 
 
+inline void twoFlagsAt(BitStreamReader& r, int pos, const char* positionMessage, bool& first, bool& second, const char* endMessage)
+	/// The same, for an item that must start at bit position pos;
+	/// FISEncodingException with positionMessage elsewhere.
+{
+	if (r.bitPos() != pos) throw FISEncodingException(positionMessage);
+	twoFlags(r, first, second, endMessage);
+}
+
+
 inline const RestrictedAlphabet& alphabetAt(const DocumentRestrictedAlphabet& alphabets, unsigned int index)
 	/// The alphabet a document names by index; FISEncodingException when the
 	/// index names none.

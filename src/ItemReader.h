@@ -628,10 +628,9 @@ template <class Sink>
 void ItemReader::readNotation(BitStreamReader& r, Sink& sink)
 {
 	const UInt64 octet = r.octetsConsumed();
-	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a Notation value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing notation");
+	FastDecoding::twoFlagsAt(r, 6, "Illegal startposition for a Notation value", systemPresent, publicPresent, "Unexpected end of stream while parsing notation");
 	Coding codings[3];
 	Coding* pSystemCoding = wanted<Sink>(codings[1]);
 	Coding* pPublicCoding = wanted<Sink>(codings[2]);
@@ -860,10 +859,9 @@ template <class Sink>
 void ItemReader::readNamespaceAttribute(BitStreamReader& r, Sink& sink)
 {
 	const UInt64 octet = r.octetsConsumed();
-	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a NamespaceAttribute value");
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	FastDecoding::twoFlags(r, prefixPresent, namespacePresent, "Unexpected end of stream while parsing namespace attribute");
+	FastDecoding::twoFlagsAt(r, 6, "Illegal startposition for a NamespaceAttribute value", prefixPresent, namespacePresent, "Unexpected end of stream while parsing namespace attribute");
 
 	Coding prefix;
 	Coding uri;
@@ -1057,10 +1055,9 @@ template <class Sink>
 void ItemReader::readDocumentTypeDeclaration(BitStreamReader& r, Sink& sink)
 {
 	const UInt64 octet = r.octetsConsumed();
-	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a DocumentTypeDeclaration value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing document type declaration");
+	FastDecoding::twoFlagsAt(r, 6, "Illegal startposition for a DocumentTypeDeclaration value", systemPresent, publicPresent, "Unexpected end of stream while parsing document type declaration");
 	Coding systemCoding;
 	Coding publicCoding;
 	const std::string* pSystemId = readCondIdentifying(r, systemPresent, DocumentVocabulary::OTHER_URI, wanted<Sink>(systemCoding));
@@ -1089,11 +1086,10 @@ void ItemReader::readEntityReference(BitStreamReader& r, Sink& sink)
 	/// Read, and reported to nobody: only a listing hears of it.
 {
 	const UInt64 octet = r.octetsConsumed();
-	// The notation's message is the one used here.
-	if (r.bitPos() != 6) throw FISEncodingException("Illegal startposition for a Notation value");
 	bool systemPresent = false;
 	bool publicPresent = false;
-	FastDecoding::twoFlags(r, systemPresent, publicPresent, "Unexpected end of stream while parsing unexpanded entity reference");
+	// The notation's message is the one used for a bad position.
+	FastDecoding::twoFlagsAt(r, 6, "Illegal startposition for a Notation value", systemPresent, publicPresent, "Unexpected end of stream while parsing unexpanded entity reference");
 	Coding codings[3];
 	const std::string* pName = readIdentifying(r, DocumentVocabulary::OTHER_NCNAME, wanted<Sink>(codings[0]));
 	const std::string* pSystemId = readCondIdentifying(r, systemPresent, DocumentVocabulary::OTHER_URI, wanted<Sink>(codings[1]));
