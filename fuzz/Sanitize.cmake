@@ -11,11 +11,14 @@ endif()
 if(FASTINFOSET_SANITIZE OR FASTINFOSET_LIBFUZZER)
 	# Any report ends the process, so that a test or fuzz run fails on it.
 	set(FASTINFOSET_SANITIZER_FLAGS -fsanitize=address -fsanitize=undefined -fno-sanitize-recover=all)
-	target_compile_options(FastInfoset PUBLIC
-		"$<BUILD_INTERFACE:${FASTINFOSET_SANITIZER_FLAGS};-fno-omit-frame-pointer>")
+	foreach(target FastInfoset FastInfosetItems)
+		target_compile_options(${target} PUBLIC
+			"$<BUILD_INTERFACE:${FASTINFOSET_SANITIZER_FLAGS};-fno-omit-frame-pointer>")
+	endforeach()
 	target_link_options(FastInfoset PUBLIC "$<BUILD_INTERFACE:${FASTINFOSET_SANITIZER_FLAGS}>")
 endif()
 
 if(FASTINFOSET_LIBFUZZER)
 	target_compile_options(FastInfoset PRIVATE -fsanitize=fuzzer-no-link)
+	target_compile_options(FastInfosetItems PRIVATE -fsanitize=fuzzer-no-link)
 endif()

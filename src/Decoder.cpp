@@ -6,8 +6,9 @@
 #include "Ixor/FastInfoset/FISException.h"
 #include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
-#include "ExternalVocabularyLoader.h"
 #include "FastDecoding.h"
+#include "HeaderListener.h"
+#include "PrimitiveForms.h"
 
 
 namespace Ixor {
@@ -20,6 +21,43 @@ namespace
 	const char* const END_OF_HEADER = "Unexpected end of stream while parsing document header";
 	const char* const LISTED_TWICE = "Initial vocabulary lists a value twice in one table";
 	const char* const TOO_LARGE = "Integer value larger than 2^20";
+
+
+	template <class T>
+	void addOnce(Vocabulary<T>& table, const T& value)
+	{
+		bool existed = false;
+		table.index(value, existed);
+		if (existed) throw FISEncodingException(LISTED_TWICE);
+	}
+
+
+	template <class ReadItem>
+	void readSequence(BitStreamReader& reader, ReadItem readItem)
+		/// A sequence length and that many items.
+	{
+		unsigned int count = 0;
+		Decoder::lengthOfSequence(reader, count);
+		for (unsigned int i = 0; i < count; ++i) readItem();
+	}
+
+
+	bool readField(BitStreamReader& reader, const PrimitiveForms::FormSet& forms, UInt64& value, bool& ok)
+		/// Reads a number bit by bit, where one window cannot take it: a read
+		/// past the end of the input reads 0 bits and clears ok, so that the
+		/// caller can name the end once the number is decoded. Returns false,
+		/// having read only the lead, when the lead names no form.
+	{
+		unsigned int lead = 0;
+		ok = reader.read(lead, forms.leadBits) && ok;
+		const PrimitiveForms::Form* pForm = PrimitiveForms::formOfLead(forms, lead);
+		if (!pForm) return false;
+		const int restBits = pForm->size - forms.leadBits;
+		unsigned long rest = 0;
+		if (restBits > 0) ok = reader.read(rest, restBits) && ok;
+		value = PrimitiveForms::valueOf(*pForm, (UInt64(lead) << restBits) | rest);
+		return true;
+	}
 }
 
 
@@ -51,7 +89,7 @@ void Decoder::documentPreHeader(BitStreamReader& aReader, std::string& xmlDeclar
 }
 
 
-Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
 	if (aReader.eof()) throw FISParseException(END_OF_HEADER);
 	poco_assert(aReader.bitPos() == 1);
@@ -67,9 +105,14 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 	parts.characterEncodingScheme = (bits & 0x04) != 0;
 	parts.standalone              = (bits & 0x02) != 0;
 	parts.version                 = (bits & 0x01) != 0;
+	if (pListener) pListener->presenceRead(bits);
 
-	if (additionalData) skipAdditionalData(aReader);
-	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler, pLoader);
+	if (additionalData)
+	{
+		skipAdditionalData(aReader);
+		if (pListener) pListener->additionalDataRead();
+	}
+	if (initialVocabulary) parseInitialVocabulary(aReader, vocabulary, pHandler, pListener);
 	else vocabulary.reset();
 	return parts;
 }
@@ -77,23 +120,19 @@ Decoder::OpenHeaderParts Decoder::documentHeader(BitStreamReader& aReader, Docum
 
 void Decoder::skipAdditionalData(BitStreamReader& aReader)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string octets;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, octets);
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, octets);
-	}
+	});
 }
 
 
 void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 {
-	// Whole fields in one step; what is cut short or needs a diagnosis takes
-	// the bit-by-bit path below.
 	int available = 0;
 	int size = 0;
 	const UInt64 window = aReader.window(available);
@@ -103,88 +142,20 @@ void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 		return;
 	}
 
-	// On a failed read the bits read as 0; the end of the input is reported
-	// once the value is decoded.
-	unsigned int next = 0;
-	bool ok = true;
-	unsigned int result = 0;
-	val = 0;
-	switch (aReader.bitPos())
+	// What the window does not hold whole, or what needs a diagnosis.
+	const int pos = aReader.bitPos();
+	const PrimitiveForms::FormSet* pForms = PrimitiveForms::integerFormsAt(pos);
+	if (!pForms)
 	{
-	case 0:
-		throw FISEncodingException("Illegal bit position 0: Integers can never start there");
-	case 1:
-		ok = aReader.read(val, 7);
-		if (val == 127) result = 0;
-		else if (val < 64) result = val + 1;
-		else if (val < 96)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 32) << 8) + next + 65;
-		}
-		else
-		{
-			// '111xxxx' other than 127 is read as the '110' form.
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 16) << 16) + next + 8257;
-		}
-		break;
-	case 2:
-		ok = aReader.read(val, 6);
-		if (val < 32) result = val + 1;
-		else if (val < 40)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 8) << 8) + next + 33;
-		}
-		else if (val < 48)
-		{
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 8) << 16) + next + 2081;
-		}
-		else
-		{
-			if (val != 48) throw FISEncodingException("Integer uses a reserved form");
-			aReader.skip(4);
-			ok = aReader.read(next, 20) && ok;
-			result = next + 526369;
-		}
-		break;
-	case 3:
-		ok = aReader.read(val, 5);
-		if (val < 16) result = val + 1;
-		else if (val < 20)
-		{
-			ok = aReader.read(next, 8) && ok;
-			result = ((val % 4) << 8) + next + 17;
-		}
-		else if (val < 24)
-		{
-			ok = aReader.read(next, 16) && ok;
-			result = ((val % 4) << 16) + next + 1041;
-		}
-		else
-		{
-			// Any value from 24 up is the long form; the following bits are
-			// not checked.
-			aReader.skip(4);
-			ok = aReader.read(next, 20) && ok;
-			result = next + 263185;
-		}
-		break;
-	case 4:
-	case 6:
-		ok = aReader.read(val, 8);
-		val += 1;
-		if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
-		return;
-	default:
+		if (pos == 0) throw FISEncodingException("Illegal bit position 0: Integers can never start there");
 		throw FISEncodingException("Illegal bit position: No Integers are allowed to be read from pos 5 or 7.");
 	}
-	val = result;
+	UInt64 value = 0;
+	bool ok = true;
+	if (!readField(aReader, *pForms, value, ok)) throw FISEncodingException("Integer uses a reserved form");
+	val = static_cast<unsigned int>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while reading integer");
-	if (val > Encoder::MAXINT20) throw FISEncodingException(TOO_LARGE);
-	poco_assert(aReader.bitPos() == 0);
+	if (value > Encoder::MAXINT20) throw FISEncodingException(TOO_LARGE);
 }
 
 
@@ -210,60 +181,14 @@ void Decoder::nonEmptyStringLength(BitStreamReader& aReader, unsigned long& strL
 		return;
 	}
 
-	unsigned int bits = 0;
-	unsigned int next = 0;
+	const PrimitiveForms::FormSet* pForms = PrimitiveForms::stringLengthFormsAt(aReader.bitPos());
+	if (!pForms) throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
+	UInt64 value = 0;
 	bool ok = true;
-	strLen = 0;
-	switch (aReader.bitPos())
-	{
-	case 1:
-		ok = aReader.read(bits, 7);
-		if (bits < 64) strLen = bits + 1;
-		else if (bits == 64)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 65ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 321ul;
-		}
-		break;
-	case 4:
-		ok = aReader.read(bits, 4);
-		if (bits < 8) strLen = bits + 1;
-		else if (bits == 8)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 9ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 265ul;
-		}
-		break;
-	case 6:
-		ok = aReader.read(bits, 2);
-		if (bits < 2) strLen = bits + 1;
-		else if (bits == 2)
-		{
-			ok = aReader.read(next, 8) && ok;
-			strLen = next + 3ul;
-		}
-		else
-		{
-			ok = aReader.read(next, 32) && ok;
-			strLen = next + 259ul;
-		}
-		break;
-	default:
-		throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
-	}
+	readField(aReader, *pForms, value, ok);
+	strLen = static_cast<unsigned long>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while parsing string length");
 	poco_assert(aReader.bitPos() == 0);
-	poco_assert(strLen > 0);
 }
 
 
@@ -271,34 +196,19 @@ void Decoder::lengthOfSequence(BitStreamReader& aReader, unsigned int& length)
 {
 	if (aReader.bitPos() != 0)
 		throw FISEncodingException("Illegal startposition for a lengthOfSequence value");
-	unsigned char first = 0;
-	unsigned int bits = 0;
-	bool ok = aReader.peek(first, 1);
-	if (first == 0)
-	{
-		ok = aReader.read(bits, 8) && ok;
-		length = bits + 1;
-	}
-	else
-	{
-		// The three bits after the leading 1 are not looked at.
-		ok = aReader.read(bits, 24) && ok;
-		length = (bits % 0x100000) + 129;
-	}
+	UInt64 value = 0;
+	bool ok = true;
+	readField(aReader, PrimitiveForms::SEQUENCE_LENGTH, value, ok);
+	length = static_cast<unsigned int>(value);
 	if (!ok) throw FISParseException("Unexpected end of stream while parsing sequence length");
-	if (length == 0) throw FISEncodingException("Illegal value zero for lengthOfSequence");
 }
 
 
 QualifiedNameEntry Decoder::nameSurrogate(BitStreamReader& aReader)
 {
-	if (aReader.bitPos() != 6)
-		throw FISEncodingException("Illegal startposition for a nameSurrogate value");
 	bool prefixPresent = false;
 	bool namespacePresent = false;
-	bool ok = aReader.read(prefixPresent);
-	ok = aReader.read(namespacePresent) && ok;
-	if (!ok) throw FISParseException("Unexpected end of stream while reading surrogate");
+	FastDecoding::twoFlagsAt(aReader, 6, "Illegal startposition for a nameSurrogate value", prefixPresent, namespacePresent, "Unexpected end of stream while reading surrogate");
 
 	unsigned int prefixId = 0xFFFFFFFF;
 	unsigned int namespaceId = 0xFFFFFFFF;
@@ -364,119 +274,138 @@ void Decoder::encodedCharacterString(BitStreamReader& aReader, std::string& text
 void Decoder::skipEncodingAlgos(BitStreamReader& aReader, DocumentVocabulary& /*vocabulary*/)
 {
 	// Algorithms named by URI cannot be registered: their URIs are dropped.
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string uri;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, uri);
-	}
+	});
 }
 
 
-void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+void Decoder::parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
+	if (pListener) pListener->initialVocabularyStarts();
 	aReader.skip(3);
 	unsigned int flags = 0;
 	if (!aReader.read(flags, 13)) throw FISParseException("Unexpected end of stream while parsing initial vocabulary");
 	if (flags == 0) throw FISException("Initial Vocabulary detected with zero information in it - at least one dictionary required");
 
-	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler, pLoader);
+	if (flags & 0x1000) handleExternalVocabulary(aReader, vocabulary, pHandler, pListener);
 	else vocabulary.reset();
 
-	if (flags & 0x0800) handleRestrictedAlphabet(aReader, vocabulary);
-	if (flags & 0x0400) skipEncodingAlgos(aReader, vocabulary);
-	if (flags & 0x0200) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::PREFIX));
-	if (flags & 0x0100) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::NAMESPACE_NAME));
-	if (flags & 0x0080) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME));
-	if (flags & 0x0040) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_NCNAME));
-	if (flags & 0x0020) handleVocabulary(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_URI));
-	// The stream carries content character chunks before other strings,
-	// although their table identifiers are the other way round.
-	if (flags & 0x0010) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::ATTRIBUTE_VALUE), vocabulary);
-	if (flags & 0x0008) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::CONTENT_CHARACTER_CHUNK), vocabulary);
-	if (flags & 0x0004) handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(DocumentVocabulary::OTHER_STRING), vocabulary);
-	if (flags & 0x0002) handleNameSurrogatesVoc(aReader, vocabulary.elementVocabulary());
-	if (flags & 0x0001) handleNameSurrogatesVoc(aReader, vocabulary.attributeVocabulary());
+	// The lists in stream order, each with its flag. Content character
+	// chunks come before other strings, although their table identifiers
+	// are the other way round.
+	static const DocumentVocabulary::ID LISTS[] =
+	{
+		DocumentVocabulary::RESTRICTED_ALPHABET, DocumentVocabulary::ENCODING_ALGORITHM, DocumentVocabulary::PREFIX,
+		DocumentVocabulary::NAMESPACE_NAME, DocumentVocabulary::LOCAL_NAME, DocumentVocabulary::OTHER_NCNAME,
+		DocumentVocabulary::OTHER_URI, DocumentVocabulary::ATTRIBUTE_VALUE, DocumentVocabulary::CONTENT_CHARACTER_CHUNK,
+		DocumentVocabulary::OTHER_STRING, DocumentVocabulary::ELEMENT_NAME, DocumentVocabulary::ATTRIBUTE_NAME
+	};
+	unsigned int flag = 0x0800;
+	for (DocumentVocabulary::ID id: LISTS)
+	{
+		const bool present = (flags & flag) != 0;
+		flag >>= 1;
+		if (!present) continue;
+		std::size_t first = 0;
+		switch (id)
+		{
+		case DocumentVocabulary::RESTRICTED_ALPHABET:
+			first = vocabulary.restrictedAlphabets().alphabets().size();
+			handleRestrictedAlphabet(aReader, vocabulary);
+			break;
+		case DocumentVocabulary::ENCODING_ALGORITHM:
+			skipEncodingAlgos(aReader, vocabulary);
+			break;
+		case DocumentVocabulary::ELEMENT_NAME:
+		case DocumentVocabulary::ATTRIBUTE_NAME:
+		{
+			Vocabulary<QualifiedNameEntry>* pTable = id == DocumentVocabulary::ELEMENT_NAME ? vocabulary.elementVocabulary() : vocabulary.attributeVocabulary();
+			first = pTable->size();
+			handleNameSurrogatesVoc(aReader, pTable);
+			break;
+		}
+		case DocumentVocabulary::ATTRIBUTE_VALUE:
+		case DocumentVocabulary::CONTENT_CHARACTER_CHUNK:
+		case DocumentVocabulary::OTHER_STRING:
+			first = vocabulary.vocabulary(id)->size();
+			handleEncodedCharacterStringVoc(aReader, vocabulary.vocabulary(id), vocabulary);
+			break;
+		default:
+			first = vocabulary.vocabulary(id)->size();
+			handleVocabulary(aReader, vocabulary.vocabulary(id));
+			break;
+		}
+		if (pListener) pListener->listRead(id, first);
+	}
 }
 
 
-void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader)
+void Decoder::handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener)
 {
 	aReader.skip(1);
 	std::string uri;
 	nonEmptyOctetString(aReader, uri);
-	if (pLoader)
+	if (pListener)
 	{
+		pListener->externalVocabularyNamed(uri);
 		// A handler without which the document can still be read learns of
 		// what was loaded, not of a vocabulary given in advance.
-		if (pLoader->load(uri, vocabulary) && pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
+		if (pListener->loadExternalVocabulary(uri, vocabulary) && pHandler) pHandler->setExternalVocabulary(uri, vocabulary);
 		return;
 	}
 	// The vocabulary that already carries this URI is kept as it is.
-	if (uri != vocabulary.getURI()) throw FISException(ExternalVocabularyLoader::LOADING_DISABLED, uri);
+	if (uri != vocabulary.getURI()) throw FISException(HeaderListener::LOADING_DISABLED, uri);
 }
 
 
 void Decoder::handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string characters;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, characters);
 		vocabulary.restrictedAlphabets().add(characters);
-	}
+	});
 }
 
 
 void Decoder::handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>* pTable)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string value;
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(1);
 		nonEmptyOctetString(aReader, value);
-		pTable->index(value, existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, value);
+	});
 }
 
 
 void Decoder::handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabulary<std::string>* pTable, DocumentVocabulary& vocabulary)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
 	std::string value;
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(2);
 		encodedCharacterString(aReader, value, vocabulary);
-		pTable->index(value, existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, value);
+	});
 }
 
 
 void Decoder::handleNameSurrogatesVoc(BitStreamReader& aReader, Vocabulary<QualifiedNameEntry>* pTable)
 {
-	unsigned int count = 0;
-	lengthOfSequence(aReader, count);
-	bool existed = false;
-	for (unsigned int i = 0; i < count; ++i)
+	readSequence(aReader, [&]
 	{
 		aReader.skip(6);
 		// Absent prefix and namespace indexes (0xFFFFFFFF) are kept as they are.
-		pTable->index(nameSurrogate(aReader), existed);
-		if (existed) throw FISEncodingException(LISTED_TWICE);
-	}
+		addOnce(*pTable, nameSurrogate(aReader));
+	});
 }
 
 

@@ -8,6 +8,12 @@ namespace Ixor {
 namespace FastInfoset {
 
 
+namespace
+{
+	const char* const TOO_LARGE = "Cannot encode integer value: too large, must be smaller than 2^20";
+}
+
+
 const char* const Encoder::XML_DECLARATION = "<?xml encoding='finf'?>";
 
 
@@ -22,8 +28,6 @@ void Encoder::documentPreHeader(BitStreamWriter& aWriter, bool xmlDeclaration)
 
 void Encoder::integer(BitStreamWriter& aWriter, unsigned int val)
 {
-	// The whole field in one write; refused values and positions take the
-	// path below, which says why.
 	UInt32 bits = 0;
 	int size = 0;
 	if (FastEncoding::integerBits(aWriter.bitPos(), val, bits, size))
@@ -31,50 +35,19 @@ void Encoder::integer(BitStreamWriter& aWriter, unsigned int val)
 		aWriter.write(bits, size);
 		return;
 	}
-
-	if (val > MAXINT20)
-		throw FISEncodingException("Cannot encode integer value: too large, must be smaller than 2^20");
+	// Only what cannot be written comes here: say why.
 	const int pos = aWriter.bitPos();
-	if (val == 0 && pos != 1)
-		throw FISEncodingException("Value zero must start on the second bit of a byte");
-
-	switch (pos)
-	{
-	case 0:
-		throw FISEncodingException("Illegal bit position 0: Integers can never start there");
-	case 1:
-		if (val == 0) aWriter.write(127u, 7);
-		else if (val <= 64) aWriter.write(val - 1, 7);
-		else if (val <= 8256) aWriter.write((val - 65) | 0x4000, 15);
-		else aWriter.write((val - 8257) | 0x600000, 23);
-		break;
-	case 2:
-		if (val <= 32) aWriter.write(val - 1, 6);
-		else if (val <= 2080) aWriter.write((val - 33) | 0x2000, 14);
-		else if (val <= 526368) aWriter.write((val - 2081) | 0x280000, 22);
-		else aWriter.write((val - 526369) | 0x30000000, 30);
-		break;
-	case 3:
-		if (val <= 16) aWriter.write(val - 1, 5);
-		else if (val <= 1040) aWriter.write((val - 17) | 0x1000, 13);
-		else if (val <= 263184) aWriter.write((val - 1041) | 0x140000, 21);
-		else aWriter.write((val - 263185) | 0x18000000, 29);
-		break;
-	case 4:
-	case 6:
-		if (val > 256)
-			throw FISEncodingException("Illegal bit position: Only Integers <= 256 can start at pos 4 or 6.");
-		aWriter.write(val - 1, 8);
-		return;
-	default:
-		throw FISEncodingException("Illegal bit position: No Integers are allowed to be written to pos 5 or 7.");
-	}
-	poco_assert(aWriter.bitPos() == 0);
+	if (val > MAXINT20) throw FISEncodingException(TOO_LARGE);
+	if (val == 0) throw FISEncodingException("Value zero must start on the second bit of a byte");
+	if (pos == 0) throw FISEncodingException("Illegal bit position 0: Integers can never start there");
+	if (pos == 4 || pos == 6) throw FISEncodingException("Illegal bit position: Only Integers <= 256 can start at pos 4 or 6.");
+	throw FISEncodingException("Illegal bit position: No Integers are allowed to be written to pos 5 or 7.");
 }
 
 
 void Encoder::pad0ThenInteger(BitStreamWriter& aWriter, unsigned int val)
 {
+	if (val > MAXINT20) throw FISEncodingException(TOO_LARGE);
 	if (aWriter.bitPos() != 0)
 	{
 		aWriter.write(false);
@@ -82,11 +55,10 @@ void Encoder::pad0ThenInteger(BitStreamWriter& aWriter, unsigned int val)
 		return;
 	}
 	// The padding bit and the second-bit form together make whole octets.
-	poco_assert_dbg(val <= MAXINT20);
-	if (val == 0) aWriter.write(127u, 8);
-	else if (val <= 64) aWriter.write(val - 1, 8);
-	else if (val <= 8256) aWriter.write((val - 65) | 0x4000, 16);
-	else aWriter.write((val - 8257) | 0x600000, 24);
+	UInt32 bits = 0;
+	int size = 0;
+	FastEncoding::integerBits(1, val, bits, size);
+	aWriter.write(bits, size + 1);
 }
 
 
@@ -119,52 +91,7 @@ void Encoder::nonEmptyStringLength(BitStreamWriter& aWriter, unsigned long strLe
 	// cannot be written at all.
 	if (strLen - 1 > 0xFFFFFFFFul)
 		throw FISEncodingException("Cannot encode octet string length: too large, must be smaller than 2^32");
-
-	switch (aWriter.bitPos())
-	{
-	case 1:
-		if (strLen <= 64) aWriter.write(static_cast<unsigned int>(strLen - 1), 7);
-		else if (strLen <= 320)
-		{
-			aWriter.write(64u, 7);
-			aWriter.write(static_cast<unsigned int>(strLen - 65), 8);
-		}
-		else
-		{
-			aWriter.write(96u, 7);
-			aWriter.write(static_cast<unsigned int>(strLen - 321), 32);
-		}
-		break;
-	case 4:
-		if (strLen <= 8) aWriter.write(static_cast<unsigned int>(strLen - 1), 4);
-		else if (strLen <= 264)
-		{
-			aWriter.write(8u, 4);
-			aWriter.write(static_cast<unsigned int>(strLen - 9), 8);
-		}
-		else
-		{
-			aWriter.write(12u, 4);
-			aWriter.write(static_cast<unsigned int>(strLen - 265), 32);
-		}
-		break;
-	case 6:
-		if (strLen <= 2) aWriter.write(static_cast<unsigned int>(strLen - 1), 2);
-		else if (strLen <= 258)
-		{
-			aWriter.write(2u, 2);
-			aWriter.write(static_cast<unsigned int>(strLen - 3), 8);
-		}
-		else
-		{
-			aWriter.write(3u, 2);
-			aWriter.write(static_cast<unsigned int>(strLen - 259), 32);
-		}
-		break;
-	default:
-		throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
-	}
-	poco_assert(aWriter.bitPos() == 0);
+	throw FISEncodingException("illegal position for nonEmptyOctetString encoding");
 }
 
 
@@ -174,15 +101,11 @@ void Encoder::lengthOfSequence(BitStreamWriter& aWriter, unsigned int length)
 		throw FISEncodingException("Illegal startposition for a lengthOfSequence value");
 	if (length == 0)
 		throw FISEncodingException("Illegal value zero for lengthOfSequence");
-	if (length <= 128)
-	{
-		aWriter.write(length - 1, 8);
-		return;
-	}
-	if (length > MAXINT20)
+	UInt32 bits = 0;
+	int size = 0;
+	if (!FastEncoding::sequenceLengthBits(length, bits, size))
 		throw FISEncodingException("Illegal value for lengthOfSequence: larger than 2^20");
-	// '1000' and then the 20 bits of length - 129.
-	aWriter.write(0x800000u | (length - 129), 24);
+	aWriter.write(bits, size);
 }
 
 

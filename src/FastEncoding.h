@@ -17,7 +17,8 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Encoder.h"
+#include "PrimitiveForms.h"
+#include <cstddef>
 
 
 namespace Ixor {
@@ -28,36 +29,20 @@ namespace FastEncoding {
 FastInfoset_ALWAYS_INLINE bool integerBits(int pos, unsigned int value, UInt32& bits, int& size)
 	/// The bits of an integer that starts at bit position pos of its octet.
 {
-	if (value > Encoder::MAXINT20 || (value == 0 && pos != 1)) return false;
+	using namespace PrimitiveForms;
+	UInt64 field = 0;
+	bool ok = false;
 	switch (pos)
 	{
-	case 1:
-		if (value == 0) { bits = 127; size = 7; }
-		else if (value <= 64) { bits = value - 1; size = 7; }
-		else if (value <= 8256) { bits = (value - 65) | 0x4000; size = 15; }
-		else { bits = (value - 8257) | 0x600000; size = 23; }
-		return true;
-	case 2:
-		if (value <= 32) { bits = value - 1; size = 6; }
-		else if (value <= 2080) { bits = (value - 33) | 0x2000; size = 14; }
-		else if (value <= 526368) { bits = (value - 2081) | 0x280000; size = 22; }
-		else { bits = (value - 526369) | 0x30000000; size = 30; }
-		return true;
-	case 3:
-		if (value <= 16) { bits = value - 1; size = 5; }
-		else if (value <= 1040) { bits = (value - 17) | 0x1000; size = 13; }
-		else if (value <= 263184) { bits = (value - 1041) | 0x140000; size = 21; }
-		else { bits = (value - 263185) | 0x18000000; size = 29; }
-		return true;
+	case 1:  ok = encode<INTEGER_ON_2ND_BIT>(value, field, size); break;
+	case 2:  ok = encode<INTEGER_ON_3RD_BIT>(value, field, size); break;
+	case 3:  ok = encode<INTEGER_ON_4TH_BIT>(value, field, size); break;
 	case 4:
-	case 6:
-		if (value > 256) return false;
-		bits = value - 1;
-		size = 8;
-		return true;
-	default:
-		return false;
+	case 6:  ok = encode<INTEGER_ON_5TH_OR_7TH_BIT>(value, field, size); break;
+	default: return false;
 	}
+	bits = static_cast<UInt32>(field);
+	return ok;
 }
 
 
@@ -65,27 +50,24 @@ FastInfoset_ALWAYS_INLINE bool stringLengthBits(int pos, std::size_t length, UIn
 	/// The bits of the length of a non-empty octet string that starts at bit
 	/// position pos.
 {
-	if (length == 0 || length - 1 > 0xFFFFFFFFul) return false;
+	using namespace PrimitiveForms;
 	switch (pos)
 	{
-	case 1:
-		if (length <= 64) { bits = length - 1; size = 7; }
-		else if (length <= 320) { bits = (UInt64(64) << 8) | (length - 65); size = 15; }
-		else { bits = (UInt64(96) << 32) | (length - 321); size = 39; }
-		return true;
-	case 4:
-		if (length <= 8) { bits = length - 1; size = 4; }
-		else if (length <= 264) { bits = (UInt64(8) << 8) | (length - 9); size = 12; }
-		else { bits = (UInt64(12) << 32) | (length - 265); size = 36; }
-		return true;
-	case 6:
-		if (length <= 2) { bits = length - 1; size = 2; }
-		else if (length <= 258) { bits = (UInt64(2) << 8) | (length - 3); size = 10; }
-		else { bits = (UInt64(3) << 32) | (length - 259); size = 34; }
-		return true;
-	default:
-		return false;
+	case 1:  return encode<STRING_LENGTH_ON_2ND_BIT>(length, bits, size);
+	case 4:  return encode<STRING_LENGTH_ON_5TH_BIT>(length, bits, size);
+	case 6:  return encode<STRING_LENGTH_ON_7TH_BIT>(length, bits, size);
+	default: return false;
 	}
+}
+
+
+FastInfoset_ALWAYS_INLINE bool sequenceLengthBits(unsigned int length, UInt32& bits, int& size)
+	/// The bits of the length of a sequence, on an octet boundary.
+{
+	UInt64 field = 0;
+	const bool ok = PrimitiveForms::encode<PrimitiveForms::SEQUENCE_LENGTH>(length, field, size);
+	bits = static_cast<UInt32>(field);
+	return ok;
 }
 
 

@@ -1,4 +1,5 @@
 #include "VocabularyFileLoader.h"
+#include "HeaderListener.h"
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
@@ -142,7 +143,7 @@ bool VocabularyFileLoader::load(const std::string& uri, DocumentVocabulary& voca
 		vocabulary = *_parser._pGivenVocabulary;
 		return false;
 	}
-	if (!_parser._loadExternalVocabularies) throw FISException(LOADING_DISABLED, uri);
+	if (!_parser._loadExternalVocabularies) throw FISException(HeaderListener::LOADING_DISABLED, uri);
 	// A vocabulary document may name an external vocabulary itself; one that
 	// names itself, directly or through others, must not recurse forever.
 	if (_parser._vocabularyNesting >= MAX_NESTING) throw FISException("External vocabularies nested too deeply", uri);

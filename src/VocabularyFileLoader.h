@@ -12,17 +12,19 @@
 #define FastInfoset_VocabularyFileLoader_INCLUDED
 
 
-#include "ExternalVocabularyLoader.h"
+#include "Ixor/FastInfoset/FastInfoset.h"
+#include <string>
 
 
 namespace Ixor {
 namespace FastInfoset {
 
 
+class DocumentVocabulary;
 class FastInfosetParser;
 
 
-class VocabularyFileLoader: public ExternalVocabularyLoader
+class VocabularyFileLoader
 	/// Loads external vocabularies as the parser's settings allow: the
 	/// vocabulary given to the parser in advance when the URI is its URI;
 	/// otherwise, only when loading is allowed, a regular local file of
@@ -34,7 +36,10 @@ public:
 
 	explicit VocabularyFileLoader(const FastInfosetParser& parser);
 
-	bool load(const std::string& uri, DocumentVocabulary& vocabulary) override;
+	bool load(const std::string& uri, DocumentVocabulary& vocabulary);
+		/// Fills vocabulary with the vocabulary uri names. Returns true when
+		/// it was loaded from uri, false when it was the one given in
+		/// advance. Throws FISException when it cannot or may not be had.
 
 private:
 	const FastInfosetParser& _parser;

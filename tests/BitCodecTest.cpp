@@ -400,6 +400,16 @@ TEST(BitCodecTest, PaddedIntegersOnAnOctetBoundary)
 	}
 	// Off a boundary the padding bit moves the integer one position on.
 	EXPECT_EQ(toHex(fromBits("1 0 00000")), toHex(written([](BitStreamWriter& w) { w.write(true); Encoder::pad0ThenInteger(w, 1); })));
+	// Above 2^20 nothing is written, on a boundary as off one.
+	for (int pos: {0, 1})
+	{
+		std::ostringstream out;
+		BitStreamWriter writer(out, false);
+		writer.writeBits(pos, false);
+		EXPECT_EQ("Cannot encode integer value: too large, must be smaller than 2^20",
+			messageOf<FISEncodingException>([&] { Encoder::pad0ThenInteger(writer, 1048577); }));
+		EXPECT_EQ(pos, writer.bitPos());
+	}
 }
 
 

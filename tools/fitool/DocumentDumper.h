@@ -10,18 +10,13 @@
 #define Fitool_DocumentDumper_INCLUDED
 
 
-#include "DumpSummary.h"
-#include "Ixor/FastInfoset/Decoder.h"
-#include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Poco/Types.h"
 #include <cstddef>
 #include <iosfwd>
-#include <string>
 
 
 namespace Ixor {
 namespace FastInfoset {
-	class BitStreamReader;
 	class FastInfosetParser;
 } }
 
@@ -37,93 +32,38 @@ class DocumentDumper
 	/// encoding, then a summary by category and the size of every vocabulary
 	/// table at the end.
 	///
-	/// The walk reads the document the way FastInfosetParser does, with the
-	/// library's bit reader, primitive decoder and document vocabulary, and
-	/// fails on the same faults with the same exceptions; what was listed
-	/// before a fault stays listed, and offset() tells where it was met.
+	/// The listing is the parser's own reading of the document: it accepts
+	/// what the parser accepts, with the parser's limits, and fails where
+	/// the parser fails, with its exception and message (which ends with
+	/// the octet). What was listed before a fault stays listed.
 {
 public:
-	static const std::size_t MAX_DEPTH = 10000;
-		/// The deepest nesting listed, the parser's default limit.
+	DocumentDumper(std::ostream& out, const Ixor::FastInfoset::FastInfosetParser& settings);
+		/// A listing with the settings of a parser: its limits, whether it
+		/// loads external vocabularies, the vocabulary given to it in
+		/// advance. The caller keeps the parser.
 
-	DocumentDumper(std::ostream& out, const Ixor::FastInfoset::FastInfosetParser& loader);
-		/// The external vocabulary a document names is the one that loader
-		/// was given in advance, or opened as loader allows; the caller
-		/// keeps loader.
 	~DocumentDumper();
 
 	void dump(const char* data, std::size_t size);
-		/// Lists the document in the memory block.
+		/// Lists the document that starts at data, in a block of size
+		/// octets, and notes how many octets follow it. Each call lists one
+		/// document afresh.
 
 	Poco::UInt64 offset() const;
-		/// The octet at which the walk stands, or stopped.
+		/// The octet, counted from data, at which the last listing stopped:
+		/// after a whole document, its size, so that the next document
+		/// starts there.
 
 private:
 	DocumentDumper(const DocumentDumper&);
 	DocumentDumper& operator = (const DocumentDumper&);
 
-	typedef Ixor::FastInfoset::BitStreamReader Reader;
-	typedef Ixor::FastInfoset::DocumentVocabulary DocumentVocabulary;
+	class Listing;
 
-	struct Text
-		/// A string as read: its text and how it was coded.
-	{
-		std::string  value;
-		std::string  how;
-		unsigned int algorithm = 0;
-		bool         literal = false;
-	};
-
-	struct Name
-		/// A qualified name as read.
-	{
-		std::string qname;
-		std::string uri;
-		std::string how;
-		bool        literal = false;
-	};
-
-	// Header
-	void dumpHeader(Reader& r, const char* data, std::size_t size);
-	void dumpInitialVocabulary(Reader& r, const char* data, std::size_t size);
-	void listTable(const std::string& label, DocumentVocabulary::ID id, std::size_t from);
-	void listNames(const std::string& label, bool element, std::size_t from);
-	void dumpHeaderParts(Reader& r, const Ixor::FastInfoset::Decoder::OpenHeaderParts& parts);
-	void dumpDeclarations(Reader& r, int idBits, unsigned char itemId, unsigned char terminator,
-		const char* endMessage, const char* unterminatedMessage, void (DocumentDumper::*dumpItem)(Reader&));
-	void dumpNotation(Reader& r);
-	void dumpUnparsedEntity(Reader& r);
-
-	// Items
-	void dumpChildren(Reader& r);
-	bool dumpChild(Reader& r, int depth);
-	void dumpElement(Reader& r, int depth);
-	std::string readNamespace(Reader& r);
-	std::string readAttribute(Reader& r);
-	void readQualifiedName(Reader& r, bool element, Name& name);
-	void dumpCharacterChunk(Reader& r, int depth);
-	void dumpComment(Reader& r, int depth);
-	void dumpProcessingInstruction(Reader& r, int depth);
-	void dumpDocumentTypeDeclaration(Reader& r, int depth);
-	void dumpEntityReference(Reader& r, int depth);
-
-	// Strings
-	const std::string& readIdentifying(Reader& r, DocumentVocabulary::ID id, std::string& how);
-	const std::string& readIdentifying(Reader& r, DocumentVocabulary::ID id, std::string& how, unsigned int& index);
-	void readNonIdentifying(Reader& r, DocumentVocabulary::ID id, Text& text);
-	void readEncoded(Reader& r, Text& text);
-	std::string resolve(DocumentVocabulary::ID id, unsigned int index) const;
-
-	void line(Poco::UInt64 offset, int depth, const std::string& text);
-	static Poco::UInt64 bitsAt(const Reader& r);
-
-	std::ostream&      _out;
-	const Ixor::FastInfoset::FastInfosetParser& _loader;
-	DocumentVocabulary _vocabulary;
-	DumpSummary        _summary;
-	const Reader*      _pReader;
-	Poco::UInt64       _stoppedAt;
-	std::string        _octets;
+	std::ostream& _out;
+	const Ixor::FastInfoset::FastInfosetParser& _settings;
+	Poco::UInt64   _stoppedAt;
 };
 
 

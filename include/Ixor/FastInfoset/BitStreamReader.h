@@ -159,6 +159,8 @@ public:
 private:
 	bool ensure(int numBits);
 	bool fill(int numBits);
+	template <class T> bool readBits(T& val, int numBits);
+	UInt64 loadWord() const;
 	UInt64 peekBits(int numBits) const;
 	UInt64 loadTail(const unsigned char* p) const;
 	void refillBufferIfLessThanImpl(Int64 unreadBits);
@@ -224,18 +226,38 @@ inline bool BitStreamReader::ensure(int numBits)
 }
 
 
+inline UInt64 BitStreamReader::loadWord() const
+	/// The eight octets from the current one, the first as the most
+	/// significant; those past the input read as 0.
+{
+	const unsigned char* p = curByte();
+	if (_pLimit - p < 8) return loadTail(p);
+	UInt64 word;
+	std::memcpy(&word, p, 8);
+	return Poco::ByteOrder::fromBigEndian(word);
+}
+
+
 inline UInt64 BitStreamReader::peekBits(int numBits) const
 	/// numBits is 1 to 57 and that many bits are buffered.
 {
-	const unsigned char* p = curByte();
-	UInt64 word;
-	if (_pLimit - p >= 8)
+	return (loadWord() << (_bitOffset & 7)) >> (64 - numBits);
+}
+
+
+template <class T>
+inline bool BitStreamReader::readBits(T& val, int numBits)
+	/// The reads of up to 32 bits, once their count is checked.
+{
+	if (!ensure(numBits))
 	{
-		std::memcpy(&word, p, 8);
-		word = Poco::ByteOrder::fromBigEndian(word);
+		val = 0;
+		markOverrun(numBits);
+		return false;
 	}
-	else word = loadTail(p);
-	return (word << (_bitOffset & 7)) >> (64 - numBits);
+	val = static_cast<T>(peekBits(numBits));
+	_bitOffset += numBits;
+	return true;
 }
 
 
@@ -267,73 +289,41 @@ inline bool BitStreamReader::peek(unsigned char& val, int numBits)
 
 inline bool BitStreamReader::peek(char& val, int numBits)
 {
-	unsigned char c;
-	bool ok = peek(c, numBits);
-	val = static_cast<char>(c);
-	return ok;
+	// The signed and unsigned forms of a type may alias each other.
+	return peek(reinterpret_cast<unsigned char&>(val), numBits);
 }
 
 
 inline bool BitStreamReader::read(unsigned char& val, int numBits)
 {
 	poco_assert(checkInputParams(Utility::SIZEOFCHARINBIT, numBits));
-	if (!ensure(numBits))
-	{
-		val = 0;
-		markOverrun(numBits);
-		return false;
-	}
-	val = static_cast<unsigned char>(peekBits(numBits));
-	_bitOffset += numBits;
-	return true;
+	return readBits(val, numBits);
 }
 
 
 inline bool BitStreamReader::read(char& val, int numBits)
 {
-	unsigned char c;
-	bool ok = read(c, numBits);
-	val = static_cast<char>(c);
-	return ok;
+	return read(reinterpret_cast<unsigned char&>(val), numBits);
 }
 
 
 inline bool BitStreamReader::read(unsigned short& val, int numBits)
 {
 	poco_assert(checkInputParams(Utility::SIZEOFINT16INBIT, numBits));
-	if (!ensure(numBits))
-	{
-		val = 0;
-		markOverrun(numBits);
-		return false;
-	}
-	val = static_cast<unsigned short>(peekBits(numBits));
-	_bitOffset += numBits;
-	return true;
+	return readBits(val, numBits);
 }
 
 
 inline bool BitStreamReader::read(short& val, int numBits)
 {
-	unsigned short s;
-	bool ok = read(s, numBits);
-	val = static_cast<short>(s);
-	return ok;
+	return read(reinterpret_cast<unsigned short&>(val), numBits);
 }
 
 
 inline bool BitStreamReader::read(unsigned int& val, int numBits)
 {
 	poco_assert(checkInputParams(Utility::SIZEOFINT32INBIT, numBits));
-	if (!ensure(numBits))
-	{
-		val = 0;
-		markOverrun(numBits);
-		return false;
-	}
-	val = static_cast<unsigned int>(peekBits(numBits));
-	_bitOffset += numBits;
-	return true;
+	return readBits(val, numBits);
 }
 
 
@@ -347,15 +337,7 @@ inline UInt64 BitStreamReader::window(int& available)
 		return 0;
 	}
 	available = unread < 57 ? static_cast<int>(unread) : 57;
-	const unsigned char* p = curByte();
-	UInt64 word;
-	if (_pLimit - p >= 8)
-	{
-		std::memcpy(&word, p, 8);
-		word = Poco::ByteOrder::fromBigEndian(word);
-	}
-	else word = loadTail(p);
-	return word << (_bitOffset & 7);
+	return loadWord() << (_bitOffset & 7);
 }
 
 

@@ -21,8 +21,8 @@ namespace FastInfoset {
 
 class BitStreamReader;
 class DocumentVocabulary;
-class ExternalVocabularyLoader;
 class FISDocumentHandler;
+class HeaderListener;
 template <class T> class Vocabulary;
 
 
@@ -55,13 +55,13 @@ public:
 		/// there is none), the identification, the version and the padding
 		/// bit.
 
-	static OpenHeaderParts documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
+	static OpenHeaderParts documentHeader(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener = 0);
 		/// Consumes the seven presence bits and the additional data, and
 		/// decodes the initial vocabulary into vocabulary or resets it.
 		/// An external vocabulary that the document names is asked of
-		/// pLoader (the parser's); without one, only a vocabulary that
-		/// already carries the URI serves, and any other URI raises
-		/// FISException.
+		/// pListener (the parser's), which also learns what was read;
+		/// without one, only a vocabulary that already carries the URI
+		/// serves, and any other URI raises FISException.
 
 	static void skipAdditionalData(BitStreamReader& aReader);
 
@@ -89,8 +89,8 @@ public:
 		/// Reads and drops the encoding-algorithm URIs of an initial
 		/// vocabulary.
 
-	static void parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
-	static void handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, ExternalVocabularyLoader* pLoader = 0);
+	static void parseInitialVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener = 0);
+	static void handleExternalVocabulary(BitStreamReader& aReader, DocumentVocabulary& vocabulary, FISDocumentHandler* pHandler, HeaderListener* pListener = 0);
 	static void handleRestrictedAlphabet(BitStreamReader& aReader, DocumentVocabulary& vocabulary);
 	static void handleVocabulary(BitStreamReader& aReader, Vocabulary<std::string>* pTable);
 	static void handleEncodedCharacterStringVoc(BitStreamReader& aReader, Vocabulary<std::string>* pTable, DocumentVocabulary& vocabulary);

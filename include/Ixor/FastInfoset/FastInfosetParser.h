@@ -11,20 +11,13 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
-#include "Ixor/FastInfoset/Encoding.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/XMLReader.h"
 #include <cstddef>
-#include <deque>
-#include <functional>
 #include <iosfwd>
 #include <memory>
 #include <string>
-#include <unordered_map>
-#include <utility>
-#include <vector>
 
 
 namespace Ixor {
@@ -35,8 +28,7 @@ class BitStreamReader;
 class FastInfosetWriter;
 class FISContentHandler;
 class FISDocumentHandler;
-class NullEncoding;
-class NullRefEncoding;
+class ItemReader;
 class VocabularyFileLoader;
 
 
@@ -79,17 +71,6 @@ class FastInfoset_API FastInfosetParser: public Ixor::XML::XMLReader
 	/// given in advance.
 {
 public:
-	struct ResolvedQualName
-		/// The names of one element or attribute, pointing into the
-		/// vocabulary or at EMPTY_STRING.
-	{
-		ResolvedQualName();
-
-		const std::string* pPrefix;
-		const std::string* pUri;
-		const std::string* pLocalName;
-	};
-
 	static const std::string EMPTY_STRING;
 
 	static const std::size_t DEFAULT_MAX_ELEMENT_DEPTH = 10000;
@@ -209,137 +190,16 @@ public:
 	std::size_t getMaxElementDepth() const;
 		/// The deepest nesting of elements accepted (default 10000).
 
-protected:
-	struct NameEntry
-		/// A qualified name of the element-name or attribute-name table,
-		/// resolved to its strings once.
-	{
-		NameEntry();
-
-		ResolvedQualName   name;
-		mutable const std::string* pQName;  // "prefix:local" or the local name; null until first needed
-		UInt64             excess;   // octets counted against amplification per report
-		bool               resolved;
-	};
-
-	struct Attribute
-		/// One attribute of the element being read: its name and its value,
-		/// in a vocabulary table, in the input or in the copy.
-	{
-		const NameEntry*   pName;
-		const std::string* pValue;   // the value in a table, or null
-		const char*        pData;    // the value in the input, or null: the copy
-		std::size_t        length;
-		std::string        copy;
-	};
-
-	struct AttributeList
-		/// A list handed to startElement(), kept for the elements whose
-		/// attributes have the same names. Its entries never move once
-		/// built, so their strings keep their capacity from element to
-		/// element.
-	{
-		struct Slot
-		{
-			Ixor::XML::AttributesImpl::Attribute* pSlot;
-			const NameEntry*   pName = nullptr;   // the name the entry holds
-			const std::string* pValue = nullptr;  // the table value it holds, if any
-		};
-
-		Ixor::XML::AttributesImpl list;
-		std::vector<Slot> slots;
-	};
-
-	struct DeclarationScope
-		/// The namespace declarations of an open element that has some.
-	{
-		std::size_t depth;   // the element's place in _openElements
-		std::size_t first;   // its first declaration in _namespaceDeclarations
-	};
-
-	struct NamespaceDeclaration
-	{
-		const std::string* pPrefix;
-		const std::string* pURI;
-	};
-
-	// Structure
-	void parseDocument(BitStreamReader& r);
-	void parseDocumentChildren(BitStreamReader& r, const Decoder::OpenHeaderParts& parts);
-	void parseElementChildren(BitStreamReader& r);
-	bool parseElementChild(BitStreamReader& r);
-	void parseElement(BitStreamReader& r);
-	void endElement(const NameEntry& element);
-	void parseNamespaceAttribute(BitStreamReader& r);
-	void parseAttribute(BitStreamReader& r);
-	const NameEntry& parseQualifiedNameOrIndex(BitStreamReader& r, bool element);
-	Vocabulary<QualifiedNameEntry>& getQNameVocabulary(bool element);
-	const QualifiedNameEntry& getQualifiedNameEntry(unsigned int index, bool element);
-
-	// Strings
-	const std::string* parseIdentifyingStringOrIndex(BitStreamReader& r, DocumentVocabulary::ID id, unsigned int& index);
-	const std::string* parseIdentifyingStringOrIndex(BitStreamReader& r, DocumentVocabulary::ID id);
-	const std::string* parseCondIdentifyingStringOrIndex(BitStreamReader& r, bool present, DocumentVocabulary::ID id);
-	const std::string* parseNonIdentifyingStringOrIndexXML(BitStreamReader& r, DocumentVocabulary::ID id, unsigned int& algorithm);
-	Encoding* parseNonIdentifyingStringOrIndex(BitStreamReader& r, DocumentVocabulary::ID id);
-	const std::string* parseEncodedCharacterStringXML(BitStreamReader& r, unsigned int& algorithm);
-	Encoding* parseEncodedCharacterString(BitStreamReader& r);
-
-	// Leaf items
-	void parseCharacterChunk(BitStreamReader& r);
-	void parseComment(BitStreamReader& r);
-	void parseProcessingInstruction(BitStreamReader& r);
-	void parseDocumentTypeDeclaration(BitStreamReader& r);
-	void parseUnexpandedEntityReference(BitStreamReader& r);
-	void parseNotation(BitStreamReader& r);
-	void parseUnparsedEntity(BitStreamReader& r);
-
 private:
-	FastInfosetParser(const FastInfosetParser&);
-	FastInfosetParser& operator = (const FastInfosetParser&);
-
+	class Dispatch;
 	friend class VocabularyFileLoader;
 
-	struct PairHash
-	{
-		std::size_t operator () (const std::pair<const std::string*, const std::string*>& key) const
-		{
-			return std::hash<const void*>()(key.first) * 31 + std::hash<const void*>()(key.second);
-		}
-	};
+	FastInfosetParser(const FastInfosetParser&);
+	FastInfosetParser& operator = (const FastInfosetParser&);
 
 	void init();
 	void parseStream(std::istream& stream);
 	void parseReader(BitStreamReader& r);
-	template <class E> void fail(BitStreamReader& r, const std::string& message, int code);
-	const std::string& qualifiedName(const NameEntry& name);
-	const std::string& buildQualifiedName(const NameEntry& name);
-	const std::string& stringAt(DocumentVocabulary::ID id, unsigned int index) const;
-	const std::string& deliveredAt(DocumentVocabulary::ID id, unsigned int index);
-	void deliver(UInt64 octets);
-	void checkAmplification();
-	unsigned int addString(DocumentVocabulary::ID id, const std::string& text);
-	void syncStrings(DocumentVocabulary::ID id);
-	void syncTables();
-	const NameEntry& nameAt(unsigned int index, bool element);
-	const NameEntry& resolveName(unsigned int index, bool element);
-	const NameEntry& addName(const QualifiedNameEntry& entry, const ResolvedQualName& name, bool element);
-	NameEntry& nameSlot(unsigned int index, bool element);
-	void setName(NameEntry& entry, const ResolvedQualName& name);
-	const std::string& resolve(DocumentVocabulary::ID id, unsigned int index) const;
-	bool parseAttributeValue(BitStreamReader& r, const NameEntry& name);
-	void parseAttributeValueOf(BitStreamReader& r, const NameEntry& name);
-	bool parseElementFast(BitStreamReader& r, UInt64 window, int available);
-	void parseAttributes(BitStreamReader& r);
-	Attribute& nextAttribute(const NameEntry& name);
-	void addAttribute(const NameEntry& name, const std::string& value);
-	void addAttribute(const NameEntry& name, const char* value, std::size_t length, bool inInput);
-	const Ixor::XML::AttributesImpl& attributeList();
-	void fillSlot(AttributeList& list, std::size_t i, Attribute& attribute);
-	void trimAttributeList();
-	void startElement(const NameEntry& element);
-	bool parseCharacterChunkFast(BitStreamReader& r, UInt64 window, int available);
-	void characters(const char* data, std::size_t length);
 
 	Ixor::XML::EntityResolver*     _pEntityResolver;
 	Ixor::XML::DTDHandler*         _pDTDHandler;
@@ -350,61 +210,20 @@ private:
 	FISDocumentHandler*            _pDocumentHandler;
 	FISContentHandler*             _pFISContentHandler;
 	bool                           _namespacePrefixes;
-	DocumentVocabulary             _vocabulary;
+	std::unique_ptr<ItemReader>    _pItems;        // the reading of documents, and their vocabulary
+	std::unique_ptr<Dispatch>      _pDispatch;     // the handing of their items to the handlers
 	std::unique_ptr<DocumentVocabulary> _pGivenVocabulary;
-	DocumentRestrictedAlphabet     _alphabets;
-	std::vector<NamespaceDeclaration> _namespaceDeclarations;
-	std::string                    _xmlDeclaration;
-	std::string                    _identifying;
-	std::string                    _octets;
-	std::string                    _text;
-	std::string                    _qnameScratch;
-	Ixor::AutoPtr<NullEncoding>    _pLiteralValue;
-	Ixor::AutoPtr<NullRefEncoding> _pIndexedValue;
-	Ixor::AutoPtr<Encoding>        _pTypedValue;
-	std::vector<const NameEntry*>  _openElements;
-	std::vector<DeclarationScope>  _declarationScopes;
 	std::size_t                    _maxElementDepth;
 	std::size_t                    _maxNamespaceDeclarations;
 	bool                           _loadExternalVocabularies;
 	Ixor::UInt64                   _maxExternalVocabularySize;
 	int                            _vocabularyNesting;
+	Ixor::UInt64                   _amplificationThreshold;
+	double                         _maxAmplification;
 	Ixor::UInt64                   _lastDocumentSize;
 	std::istream*                  _pPendingStream;
 	std::string                    _pendingOctets;
-	bool                           _inHandler;
 	bool                           _inputInMemory;
-
-	// The attributes of the element being read, and the lists that report
-	// them, kept by the names they hold; elements with many attributes
-	// share one that is built for each.
-	std::vector<Attribute>         _attributes;
-	std::size_t                    _attributeCount;
-	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
-	Ixor::XML::AttributesImpl      _largeAttributes;
-	bool                           _trimAttributes;
-
-	// Amplification: octets delivered by index, and the count at which the
-	// limits are looked at again.
-	BitStreamReader*               _pReader;
-	Ixor::UInt64                   _delivered;
-	Ixor::UInt64                   _nextCheck;
-	Ixor::UInt64                   _amplificationThreshold;
-	double                         _maxAmplification;
-
-	// Qualified names "prefix:local", one for each pair of prefix and local
-	// name, built when first reported. Their octets are held to a budget
-	// in proportion to the input; past it they are built for each report
-	// instead, and counted as delivered.
-	std::unordered_map<std::pair<const std::string*, const std::string*>, const std::string*, PairHash> _qnameIndex;
-	std::deque<std::string>        _qnames;
-	Ixor::UInt64                   _qnameOctets;
-
-	// Direct views of the vocabulary's tables, by table identifier and
-	// index, kept in step with every entry the parser adds: lookups by index
-	// cost one array access instead of virtual calls through the tables.
-	std::vector<const std::string*> _strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
-	std::deque<NameEntry>          _names[2];
 };
 
 
