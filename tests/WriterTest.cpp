@@ -101,6 +101,7 @@ TEST(WriterTest, SmallDocumentsHaveTheirExactOctets)
 		{"a 16-octet chunk is indexed, a 17-octet chunk never",
 			[](FastInfosetWriter& w)
 			{
+				w.setMaxIndexedStringLength(16);
 				w.startElement("", "r", "r");
 				w.characters("abcdefghijklmnop");
 				w.characters("abcdefghijklmnop");
@@ -799,3 +800,4 @@ TEST(WriterTest, WritersFollowOneAnotherOnOneStream)
 	EXPECT_EQ((std::vector<std::string>{"startDocument", "pi only a prolog", "endDocument"}), parsed(separate[1], true));
 	EXPECT_EQ((std::vector<std::string>{"startDocument", "startElement {}d2  {}n=v", "endElement {}d2 ", "endDocument"}), parsed(separate[2], true));
 }
+
