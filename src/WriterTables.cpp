@@ -10,6 +10,7 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_viewsRevision(~UInt64(0)),
 	_views(),
 	_nameViews(),
+	_generation(1),
 	_nameCache(),
 	_lastPrefix(),
 	_lastNamespace()
@@ -102,7 +103,7 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 	const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
 	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
 	NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
-	if (slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
+	if (slot.generation != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
 		|| slot.prefixIndex != prefixIndex || slot.namespaceIndex != namespaceIndex
 		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size()))
 	{
@@ -114,6 +115,7 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		slot.pLocalTable = pLocalTable;
 		slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
 		slot.hash = hash;
+		slot.generation = _generation;
 		slot.prefixIndex = prefixIndex;
 		slot.namespaceIndex = namespaceIndex;
 		slot.index = index;
@@ -156,6 +158,55 @@ unsigned int WriterTables::addName(const QualifiedNameEntry& name, bool element)
 std::size_t WriterTables::nameCount(bool element)
 {
 	return nameViewOf(element).pTable->size();
+}
+
+
+WriterTables::Sizes WriterTables::sizes()
+{
+	Sizes result = Sizes();
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		result.strings[id] = viewOf(static_cast<DocumentVocabulary::ID>(id)).pTable->size();
+	for (bool element: {false, true}) result.names[element] = nameViewOf(element).pTable->size();
+	return result;
+}
+
+
+namespace
+{
+	template <class T, class View>
+	void truncateTable(const View& view, std::size_t size)
+	{
+		if (view.pMap) const_cast<MapVocabulary<T>*>(view.pMap)->truncate(size);
+		else const_cast<HashVocabulary<T>*>(view.pHash)->truncate(size);
+	}
+}
+
+
+bool WriterTables::canTruncate()
+{
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		const StringTableView& view = viewOf(static_cast<DocumentVocabulary::ID>(id));
+		if (!view.pMap && !view.pHash) return false;
+	}
+	for (bool element: {false, true})
+	{
+		const NameTableView& view = nameViewOf(element);
+		if (!view.pMap && !view.pHash) return false;
+	}
+	return true;
+}
+
+
+void WriterTables::truncate(const Sizes& sizes)
+{
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		truncateTable<std::string>(viewOf(static_cast<DocumentVocabulary::ID>(id)), sizes.strings[id]);
+	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
+	// Indexes remembered may now name other entries, or none.
+	++_generation;
+	_lastPrefix.pTable = 0;
+	_lastNamespace.pTable = 0;
 }
 
 

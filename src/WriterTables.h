@@ -75,6 +75,22 @@ public:
 
 	std::size_t nameCount(bool element);
 
+	struct Sizes
+		/// How many entries each table holds.
+	{
+		std::size_t strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
+		std::size_t names[2];
+	};
+
+	Sizes sizes();
+
+	bool canTruncate();
+		/// Whether every table can forget entries (map and hash tables).
+
+	void truncate(const Sizes& sizes);
+		/// Forgets the entries added since the tables had sizes, keeping
+		/// their memory; the tables can (canTruncate()).
+
 	const std::string* stored(DocumentVocabulary::ID id, unsigned int index);
 		/// The string at index of table id as the table holds it; null for
 		/// NOT_FOUND.
@@ -112,6 +128,7 @@ private:
 		const void*        pLocalTable;
 		const std::string* pLocalName;
 		UInt32             hash;
+		UInt32             generation;
 		unsigned int       prefixIndex;
 		unsigned int       namespaceIndex;
 		unsigned int       index;
@@ -137,6 +154,7 @@ private:
 	UInt64              _viewsRevision;
 	StringTableView     _views[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
 	NameTableView       _nameViews[2];
+	UInt32              _generation;   // a slot of another generation is empty
 	NameCacheSlot       _nameCache[2][NAME_CACHE_SIZE];
 	LastLookup          _lastPrefix;
 	LastLookup          _lastNamespace;

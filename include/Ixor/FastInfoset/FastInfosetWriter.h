@@ -83,6 +83,17 @@ public:
 
 	~FastInfosetWriter();
 
+	void reset(std::ostream& out);
+		/// Makes the writer ready for a new document on out, keeping its
+		/// memory: a writer restarted for each of many documents allocates
+		/// nothing once its tables have grown to what the documents need.
+		/// The settings stay (tables kind, XML declaration, indexed length,
+		/// external vocabulary), and so does the vocabulary as it was when
+		/// the last document started: what that document added is
+		/// forgotten, so every document gets the octets a new writer with
+		/// the same settings would write. A document not ended is abandoned:
+		/// what of it had not yet reached its stream is dropped.
+
 	// ContentHandler
 	void setDocumentLocator(const Ixor::XML::Locator* pLocator);
 	void startDocument();

@@ -78,6 +78,10 @@ public:
 		/// For tables of strings: indexWithin() of the string of length octets
 		/// at data, which is built only to be added.
 
+	void truncate(std::size_t size);
+		/// Forgets the entries from index size on, keeping the memory they
+		/// took, so that the table is again as it was at that size.
+
 private:
 	HashVocabulary(DontInitialize, unsigned long capacity);
 
@@ -225,6 +229,23 @@ unsigned int HashVocabulary<T>::indexWithin(const char* data, std::size_t length
 		return _table[slot];
 	}
 	return hasRoom(maxIndex) ? store(std::string(data, length), slot, hash) : NOT_FOUND;
+}
+
+
+template <class T>
+void HashVocabulary<T>::truncate(std::size_t size)
+{
+	// The newest entry first: no entry added before it has a probe
+	// sequence through its slot, so freeing the slot loses no other entry.
+	for (std::size_t idx = this->_index.size(); idx > size; --idx)
+	{
+		UInt32 slot = 0;
+		UInt32 hash = 0;
+		const bool found = probe(this->_index[idx - 1], slot, hash);
+		poco_assert(found && _table[slot] == idx - 1);
+		_table[slot] = NOT_FOUND;
+		this->_index.truncate(idx - 1);
+	}
 }
 
 

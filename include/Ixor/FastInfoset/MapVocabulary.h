@@ -73,6 +73,10 @@ public:
 		/// For tables of strings: indexWithin() of the string of length octets
 		/// at data, which is built only to be added.
 
+	void truncate(std::size_t size);
+		/// Forgets the entries from index size on, keeping the memory they
+		/// took, so that the table is again as it was at that size.
+
 private:
 	struct Slot
 	{
@@ -201,16 +205,36 @@ unsigned int MapVocabulary<T>::store(const T& value, std::size_t slot, UInt32 ha
 template <class T>
 void MapVocabulary<T>::grow()
 {
+	// The entries go into the new slots in the order they were added, as if
+	// added there one by one: truncate() relies on it.
 	std::vector<Slot> slots(_slots.empty() ? 64 : 2 * _slots.size(), Slot{0, NOT_FOUND, 0});
 	const std::size_t mask = slots.size() - 1;
-	for (const Slot& slot: _slots)
+	for (std::size_t idx = 0; idx < this->_index.size(); ++idx)
 	{
-		if (slot.index == NOT_FOUND) continue;
-		std::size_t i = slot.hash & mask;
+		const T& entry = this->_index[idx];
+		const UInt32 hash = VocabularyHash<T>()(entry);
+		std::size_t i = hash & mask;
 		while (slots[i].index != NOT_FOUND) i = (i + 1) & mask;
-		slots[i] = slot;
+		slots[i] = Slot{hash, static_cast<UInt32>(idx), &entry};
 	}
 	_slots.swap(slots);
+}
+
+
+template <class T>
+void MapVocabulary<T>::truncate(std::size_t size)
+{
+	// The newest entry first: no entry added before it has a probe
+	// sequence through its slot, so freeing the slot loses no other entry.
+	for (std::size_t idx = this->_index.size(); idx > size; --idx)
+	{
+		const T& entry = this->_index[idx - 1];
+		Slot& slot = _slots[find(entry, VocabularyHash<T>()(entry))];
+		poco_assert(slot.index == idx - 1);
+		slot.index = NOT_FOUND;
+		--_used;
+		this->_index.truncate(idx - 1);
+	}
 }
 
 

@@ -11,6 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
@@ -55,7 +56,13 @@ public:
 		/// The number of entries.
 
 	bool empty() const;
-		/// True when no entry was ever stored.
+		/// True when the table holds no entry.
+
+	void truncate(std::size_t size);
+		/// Forgets the entries from index size on (nothing when size is not
+		/// below size()). Their storage, a string's buffer included, is kept
+		/// and taken by the entries appended next, so that a table filled
+		/// again to where it was allocates nothing.
 
 	T& at(std::size_t i);
 	const T& at(std::size_t i) const;
@@ -131,7 +138,14 @@ inline std::size_t VerbTable<T>::size() const
 template <class T>
 inline bool VerbTable<T>::empty() const
 {
-	return _chunks.empty();
+	return _size == 0;
+}
+
+
+template <class T>
+void VerbTable<T>::truncate(std::size_t size)
+{
+	if (size < _size) _size = size;
 }
 
 
@@ -187,7 +201,11 @@ VerbTable<T>::VerbTable(const VerbTable& other):
 		// reserve keeps later appends from moving the copied entries.
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(k));
-		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->end());
+		// Entries forgotten by truncate() are not copied.
+		const std::size_t first = chunkCapacity(k) - FIRST_CHUNK;
+		if (first >= other._size) break;
+		const std::size_t count = std::min(other._chunks[k]->size(), other._size - first);
+		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->begin() + count);
 		_chunks.push_back(std::move(pChunk));
 	}
 	_size = other._size;
@@ -242,6 +260,15 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 template <class T>
 void VerbTable<T>::push_back(const T& value)
 {
+	std::size_t offset;
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
+	{
+		// A place that truncate() freed.
+		(*_chunks[chunk])[offset] = value;
+		++_size;
+		return;
+	}
 	const std::size_t chunks = _chunks.size();
 	if (chunks == 0 || _chunks.back()->size() == chunkCapacity(chunks - 1))
 	{
