@@ -12,8 +12,8 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_nameViews(),
 	_generation(1),
 	_nameCache(),
-	_lastPrefix(),
-	_lastNamespace()
+	_recentPrefixes(),
+	_recentNamespaces()
 {
 }
 
@@ -26,8 +26,7 @@ void WriterTables::refreshViews()
 	{
 		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
 	}
-	_lastPrefix.pTable = 0;
-	_lastNamespace.pTable = 0;
+	forgetRecentLookups();
 	_viewsRevision = _vocabulary.revision();
 }
 
@@ -65,24 +64,37 @@ unsigned int WriterTables::indexOfInOther(DocumentVocabulary::ID id, const char*
 }
 
 
-FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
-	/// find() that remembers its last answer; a table only grows, so an
-	/// index found stays right as long as the table is the same. The empty
-	/// string, the prefix and namespace name of most names, costs nothing.
+void WriterTables::forgetRecentLookups()
+{
+	for (RecentLookups* pRecent: {&_recentPrefixes, &_recentNamespaces})
+	{
+		for (RecentLookups::Entry& entry: pRecent->entries) entry.pTable = 0;
+	}
+}
+
+
+FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored)
+	/// find() that remembers its last answers; a table only grows, so an
+	/// index found stays right as long as the table is the same. pStored is
+	/// the value as the table holds it.
 {
 	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
-	if (last.pTable == pTable && last.value.size() == value.size()
-		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
+	for (const RecentLookups::Entry& entry: recent.entries)
 	{
-		return last.index;
+		if (entry.pTable == pTable && VocabularyHash<std::string>::equal(*entry.pStored, value.data(), value.size()))
+		{
+			pStored = entry.pStored;
+			return entry.index;
+		}
 	}
 	const unsigned int index = find(id, value.data(), value.size());
 	if (index != NOT_FOUND)
 	{
-		last.pTable = pTable;
-		last.value = value;
-		last.index = index;
-		last.pStored = &pTable->index()[index];
+		RecentLookups::Entry& entry = recent.entries[recent.next++ % RecentLookups::SIZE];
+		entry.pTable = pTable;
+		entry.pStored = &pTable->index()[index];
+		entry.index = index;
+		pStored = entry.pStored;
 	}
 	return index;
 }
@@ -90,9 +102,11 @@ FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabula
 
 unsigned int WriterTables::findName(const std::string& prefix, const std::string& uri, const std::string& localName, bool element, StoredName* pStored)
 {
-	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
+	const std::string* pStoredPrefix = 0;
+	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _recentPrefixes, pStoredPrefix);
 	if (prefixIndex == NOT_FOUND) return NOT_FOUND;
-	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _lastNamespace);
+	const std::string* pStoredURI = 0;
+	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _recentNamespaces, pStoredURI);
 	if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
 
 	// Names repeat: a name found before is recognised by its local name and
@@ -122,9 +136,8 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 	}
 	if (pStored)
 	{
-		// The last lookups were those of this name's prefix and namespace.
-		pStored->pPrefix = _lastPrefix.pStored;
-		pStored->pURI = _lastNamespace.pStored;
+		pStored->pPrefix = pStoredPrefix;
+		pStored->pURI = pStoredURI;
 		pStored->pLocalName = slot.pLocalName;
 	}
 	return slot.index;
@@ -205,8 +218,7 @@ void WriterTables::truncate(const Sizes& sizes)
 	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
 	// Indexes remembered may now name other entries, or none.
 	++_generation;
-	_lastPrefix.pTable = 0;
-	_lastNamespace.pTable = 0;
+	forgetRecentLookups();
 }
 
 

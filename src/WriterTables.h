@@ -110,14 +110,21 @@ private:
 		const HashVocabulary<QualifiedNameEntry>* pHash;
 	};
 
-	struct LastLookup
-		/// The last string found in one table: prefixes and namespace names
-		/// repeat from element to element.
+	struct RecentLookups
+		/// The last strings found in one table: prefixes and namespace names
+		/// repeat from element to element, and elements and their
+		/// attributes take turns with a few of them. The strings are
+		/// compared as the table holds them, where they stay in place.
 	{
-		const void*        pTable;
-		std::string        value;
-		unsigned int       index;
-		const std::string* pStored;   // the value as the table holds it
+		enum { SIZE = 4 };
+		struct Entry
+		{
+			const void*        pTable;
+			const std::string* pStored;
+			unsigned int       index;
+		};
+		Entry        entries[SIZE];
+		unsigned int next;
 	};
 
 	struct NameCacheSlot
@@ -143,7 +150,8 @@ private:
 	void refreshViews();
 	StringTableView& viewOf(DocumentVocabulary::ID id);
 	NameTableView& nameViewOf(bool element);
-	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, LastLookup& last);
+	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored);
+	void forgetRecentLookups();
 	unsigned int findName(const QualifiedNameEntry& name, bool element);
 	unsigned int findInOther(DocumentVocabulary::ID id, const char* data, std::size_t length);
 	unsigned int indexOfInOther(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed);
@@ -156,8 +164,8 @@ private:
 	NameTableView       _nameViews[2];
 	UInt32              _generation;   // a slot of another generation is empty
 	NameCacheSlot       _nameCache[2][NAME_CACHE_SIZE];
-	LastLookup          _lastPrefix;
-	LastLookup          _lastNamespace;
+	RecentLookups       _recentPrefixes;
+	RecentLookups       _recentNamespaces;
 	std::string         _text;   // scratch for tables that take only strings
 };
 
