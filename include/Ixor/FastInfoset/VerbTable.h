@@ -52,6 +52,12 @@ public:
 	void push_back(const T& value);
 		/// Appends value; its index is the size before.
 
+	template <class... Args>
+	void emplace_back(const Args&... args);
+		/// Appends T(args...). A place that truncate() freed takes it by
+		/// assignment (a string's assign() for other arguments than a T),
+		/// so that it keeps its memory.
+
 	std::size_t size() const;
 		/// The number of entries.
 
@@ -79,6 +85,9 @@ private:
 	static std::size_t chunkCapacity(std::size_t chunk);
 	static std::size_t chunkOf(std::size_t i, std::size_t& offset);
 	static int highestBit(std::size_t value);
+	static void assign(T& place, const T& value);
+	template <class... Args>
+	static void assign(T& place, const Args&... args);
 
 	std::vector<std::unique_ptr<Chunk>> _chunks;
 	std::size_t _size;
@@ -258,14 +267,37 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 
 
 template <class T>
-void VerbTable<T>::push_back(const T& value)
+inline void VerbTable<T>::push_back(const T& value)
+{
+	emplace_back(value);
+}
+
+
+template <class T>
+inline void VerbTable<T>::assign(T& place, const T& value)
+{
+	place = value;
+}
+
+
+template <class T>
+template <class... Args>
+inline void VerbTable<T>::assign(T& place, const Args&... args)
+{
+	place.assign(args...);
+}
+
+
+template <class T>
+template <class... Args>
+void VerbTable<T>::emplace_back(const Args&... args)
 {
 	std::size_t offset;
 	const std::size_t chunk = chunkOf(_size, offset);
 	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
 	{
-		// A place that truncate() freed.
-		(*_chunks[chunk])[offset] = value;
+		// A place that truncate() freed; the size grows only once it is set.
+		assign((*_chunks[chunk])[offset], args...);
 		++_size;
 		return;
 	}
@@ -274,13 +306,13 @@ void VerbTable<T>::push_back(const T& value)
 	{
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(chunks));
-		pChunk->push_back(value);
+		pChunk->emplace_back(args...);
 		_chunks.push_back(std::move(pChunk));
 	}
 	else
 	{
-		// Below the reserved capacity: push_back never reallocates.
-		_chunks.back()->push_back(value);
+		// Below the reserved capacity: emplace_back never reallocates.
+		_chunks.back()->emplace_back(args...);
 	}
 	++_size;
 }
