@@ -10,7 +10,7 @@ namespace FastInfoset {
 
 
 template <>
-struct OctetTraits<DWordEncoding>
+struct OctetTraits<Base64Text>
 {
 	static constexpr unsigned int TYPE = AlgorithmTable::BASE64;
 	static constexpr const char* ZERO_LENGTH  = "Zero-length data for dword encoding";
@@ -37,29 +37,7 @@ struct OctetTraits<DWordEncoding>
 };
 
 
-template class OctetEncoding<DWordEncoding>;
-
-
-DWordEncoding::DWordEncoding()
-{
-}
-
-
-DWordEncoding::DWordEncoding(const char* data, std::size_t length):
-	OctetEncoding(data, length)
-{
-}
-
-
-DWordEncoding::DWordEncoding(const std::string& text):
-	OctetEncoding(text)
-{
-}
-
-
-DWordEncoding::~DWordEncoding()
-{
-}
+template class OctetEncoding<Base64Text>;
 
 
 } } // namespace Ixor::FastInfoset

@@ -10,7 +10,7 @@ namespace FastInfoset {
 
 
 template <>
-struct OctetTraits<HexEncoding>
+struct OctetTraits<HexText>
 {
 	static constexpr unsigned int TYPE = AlgorithmTable::HEXADECIMAL;
 	static constexpr const char* ZERO_LENGTH  = "Zero-length data for hex encoding";
@@ -38,29 +38,7 @@ struct OctetTraits<HexEncoding>
 };
 
 
-template class OctetEncoding<HexEncoding>;
-
-
-HexEncoding::HexEncoding()
-{
-}
-
-
-HexEncoding::HexEncoding(const char* data, std::size_t length):
-	OctetEncoding(data, length)
-{
-}
-
-
-HexEncoding::HexEncoding(const std::string& text):
-	OctetEncoding(text)
-{
-}
-
-
-HexEncoding::~HexEncoding()
-{
-}
+template class OctetEncoding<HexText>;
 
 
 } } // namespace Ixor::FastInfoset
