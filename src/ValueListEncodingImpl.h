@@ -64,22 +64,6 @@ std::size_t readValueString(BitStreamReader& reader, std::string& scratch, const
 }
 
 
-template <class Traits, class List, class = void>
-struct ObjectOf
-	/// The class of the objects that List's decode() makes: List itself, or
-	/// Traits::Object where a class adds to List.
-{
-	typedef List Type;
-};
-
-
-template <class Traits, class List>
-struct ObjectOf<Traits, List, std::void_t<typename Traits::Object>>
-{
-	typedef typename Traits::Object Type;
-};
-
-
 template <std::size_t W>
 struct FixedWidth
 	/// The layout of lists of W octets per value.

@@ -47,28 +47,36 @@ const EncodingAlgorithm ENCODINGS;
 const DecodingAlgorithm DECODINGS;
 
 
+template <class E>
+bool isA(const Encoding& value)
+{
+	return dynamic_cast<const E*>(&value) != nullptr;
+}
+
+
 struct Algorithm
 	/// The per-class functions that the tables do not reach.
 {
 	const char* name;
 	CheckMethod check;
 	void (*decodeText)(BitStreamReader&, std::string&);
+	bool (*isOfClass)(const Encoding&);
 };
 
 
 const Algorithm ALGORITHMS[] =
 {
-	{"",               nullptr,               nullptr},
-	{"HexEncoding",    &HexEncoding::check,    &HexEncoding::decode},
-	{"DWordEncoding",  &DWordEncoding::check,  &DWordEncoding::decode},
-	{"ShortEncoding",  &ShortEncoding::check,  &ShortEncoding::decode},
-	{"IntEncoding",    &IntEncoding::check,    &IntEncoding::decode},
-	{"LongEncoding",   &LongEncoding::check,   &LongEncoding::decode},
-	{"BoolEncoding",   &BoolEncoding::check,   &BoolEncoding::decode},
-	{"FloatEncoding",  &FloatEncoding::check,  &FloatEncoding::decode},
-	{"DoubleEncoding", &DoubleEncoding::check, &DoubleEncoding::decode},
-	{"UUIDEncoding",   &UUIDEncoding::check,   &UUIDEncoding::decode},
-	{"CDataEncoding",  &CDataEncoding::check,  &CDataEncoding::decode},
+	{"",               nullptr,               nullptr,                nullptr},
+	{"HexEncoding",    &HexEncoding::check,    &HexEncoding::decode,    &isA<HexEncoding>},
+	{"DWordEncoding",  &DWordEncoding::check,  &DWordEncoding::decode,  &isA<DWordEncoding>},
+	{"ShortEncoding",  &ShortEncoding::check,  &ShortEncoding::decode,  &isA<ShortEncoding>},
+	{"IntEncoding",    &IntEncoding::check,    &IntEncoding::decode,    &isA<IntEncoding>},
+	{"LongEncoding",   &LongEncoding::check,   &LongEncoding::decode,   &isA<LongEncoding>},
+	{"BoolEncoding",   &BoolEncoding::check,   &BoolEncoding::decode,   &isA<BoolEncoding>},
+	{"FloatEncoding",  &FloatEncoding::check,  &FloatEncoding::decode,  &isA<FloatEncoding>},
+	{"DoubleEncoding", &DoubleEncoding::check, &DoubleEncoding::decode, &isA<DoubleEncoding>},
+	{"UUIDEncoding",   &UUIDEncoding::check,   &UUIDEncoding::decode,   &isA<UUIDEncoding>},
+	{"CDataEncoding",  &CDataEncoding::check,  &CDataEncoding::decode,  &isA<CDataEncoding>},
 };
 
 
@@ -736,6 +744,12 @@ TEST(EncodingTest, PlainStringsAndCDataAreCharactersForEveryHandler)
 		{new NullRefEncoding(indexed),             "indexed"},
 		{new CDataEncoding(std::string("a<b")),    "a<b"},
 	};
+	// A decoded plain string is a NullEncoding, as the one the parser keeps.
+	const std::string octets = written([](BitStreamWriter& w) { NullEncoding::encode(w, "decoded"); });
+	Source source(octets, Reading::MEMORY);
+	Encoding::Ptr pDecoded = NullEncoding::decode(source.reader());
+	EXPECT_TRUE(isA<NullEncoding>(*pDecoded));
+	EXPECT_EQ("characters decoded", typedOf(*pDecoded));
 	for (const auto& c: cases)
 	{
 		SCOPED_TRACE(c.second);
@@ -858,6 +872,8 @@ TEST(EncodingTest, AValueNamesTheFunctionsOfItsAlgorithm)
 		const std::string octets = written([&](BitStreamWriter& w) { ENCODINGS.encode(c.index, w, c.text); });
 		Source source(octets, Reading::MEMORY);
 		Encoding::Ptr pValue = DECODINGS.read(static_cast<int>(c.index), source.reader());
+		// A decoded boolean list is a BoolEncoding, with its constants.
+		EXPECT_TRUE(ALGORITHMS[c.index].isOfClass(*pValue));
 		EXPECT_EQ(ALGORITHMS[c.index].check, pValue->checkMethod());
 		EXPECT_EQ(octets, written([&](BitStreamWriter& w) { pValue->encodeMethod()(w, c.text); }));
 		Source again(octets, Reading::MEMORY);

@@ -1,13 +1,22 @@
+#include "Ixor/FastInfoset/OctetEncoding.h"
+#include "Ixor/FastInfoset/FISContentHandler.h"
+#include "AlgorithmTable.h"
+#include "EncodingSupport.h"
+#include "Poco/Base64Decoder.h"
+#include "Poco/Base64Encoder.h"
+#include "Poco/HexBinaryDecoder.h"
+#include "Poco/HexBinaryEncoder.h"
+#include "Poco/MemoryStream.h"
+#include "Poco/SAX/ContentHandler.h"
+#include <ostream>
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
 //
-// OctetEncodingImpl.h
-//
-// Library: FastInfoset
-// Module:  OctetEncoding
-//
-// The members of OctetEncoding. The source file of each kind of octets
-// specializes OctetTraits for it, includes this header and instantiates
-// the template for it. Internal: this header is not
-// installed.
+// The kinds of octets
 //
 // A traits class provides:
 //
@@ -21,22 +30,63 @@
 //                         decodes to
 //   textLength(count)     the characters of the text of count octets
 //
+template <>
+struct OctetTraits<HexText>
+{
+	static constexpr unsigned int TYPE = AlgorithmTable::HEXADECIMAL;
+	static constexpr const char* ZERO_LENGTH  = "Zero-length data for hex encoding";
+	static constexpr const char* INVALID_DATA = "Invalid hex-encoded data";
+
+	typedef Ixor::HexBinaryDecoder TextDecoder;
+	typedef Ixor::HexBinaryEncoder TextEncoder;
+
+	static void setUp(TextEncoder& encoder)
+	{
+		encoder.rdbuf()->setLineLength(0);
+		encoder.rdbuf()->setUppercase(true);
+	}
+
+	static std::size_t maxOctets(std::size_t length)
+	{
+		// Two digits give one octet.
+		return length/2;
+	}
+
+	static std::size_t textLength(std::size_t count)
+	{
+		return 2*count;
+	}
+};
 
 
-#ifndef FastInfoset_OctetEncodingImpl_INCLUDED
-#define FastInfoset_OctetEncodingImpl_INCLUDED
+template <>
+struct OctetTraits<Base64Text>
+{
+	static constexpr unsigned int TYPE = AlgorithmTable::BASE64;
+	static constexpr const char* ZERO_LENGTH  = "Zero-length data for dword encoding";
+	static constexpr const char* INVALID_DATA = "Invalid base64-encoded data";
+
+	typedef Ixor::Base64Decoder TextDecoder;
+	typedef Ixor::Base64Encoder TextEncoder;
+
+	static void setUp(TextEncoder& encoder)
+	{
+		encoder.rdbuf()->setLineLength(0);
+	}
+
+	static std::size_t maxOctets(std::size_t length)
+	{
+		// Four characters give at most three octets.
+		return (length + 3)/4*3;
+	}
+
+	static std::size_t textLength(std::size_t count)
+	{
+		return (count + 2)/3*4;
+	}
+};
 
 
-#include "Ixor/FastInfoset/OctetEncoding.h"
-#include "Ixor/FastInfoset/FISContentHandler.h"
-#include "EncodingSupport.h"
-#include "Poco/MemoryStream.h"
-#include "Poco/SAX/ContentHandler.h"
-#include <ostream>
-
-
-namespace Ixor {
-namespace FastInfoset {
 namespace EncodingSupport {
 
 
@@ -281,7 +331,8 @@ void OctetEncoding<V>::createContent()
 }
 
 
+template class OctetEncoding<HexText>;
+template class OctetEncoding<Base64Text>;
+
+
 } } // namespace Ixor::FastInfoset
-
-
-#endif // FastInfoset_OctetEncodingImpl_INCLUDED
