@@ -39,8 +39,8 @@ class FastInfoset_API OctetEncoding: public Encoding
 	/// one instantiation for it (extern template), so that the vtable and
 	/// the type information are the library's.
 	///
-	/// The messages below are those of V, as its header names them: the
-	/// zero-length message and the invalid-data message.
+	/// The messages below are those of V, as its declaration names them:
+	/// the zero-length message and the invalid-data message.
 {
 public:
 	typedef Ixor::AutoPtr<OctetEncoding> Ptr;
@@ -65,8 +65,8 @@ public:
 		/// The raw octets.
 
 	bool merge(const Encoding& other) override;
-		/// Appends the octets of another value of V and returns true; returns false
-		/// for any other type.
+		/// Appends the octets of another value of V and returns true;
+		/// returns false for any other type.
 
 	void append(const char* data, std::size_t length);
 		/// Appends length octets in place, as merging a value of them would.

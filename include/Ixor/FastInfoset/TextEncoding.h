@@ -37,8 +37,8 @@ class FastInfoset_API TextEncoding: public Encoding
 	/// template), with V declared FastInfoset_API, so that the vtable and
 	/// the type information are the library's.
 	///
-	/// The message below is the kind's, as its header names it: the empty
-	/// message ("Illegal empty string for CDataEncoding").
+	/// The message below is the kind's, as its declaration names it: the
+	/// empty message ("Illegal empty string for CDataEncoding").
 {
 public:
 	typedef Ixor::AutoPtr<TextEncoding> Ptr;

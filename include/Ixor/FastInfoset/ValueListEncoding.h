@@ -40,10 +40,10 @@ class FastInfoset_API ValueListEncoding: public Encoding
 	/// library's one instantiation for it (extern template), so that the
 	/// vtable and the type information are the library's.
 	///
-	/// The messages below are those of the list, as its header names them:
-	/// the empty-data message ("Illegal (empty) data for ShortEncoding"),
-	/// the value-string message ("Illegal value string for ShortEncoding")
-	/// and the size message.
+	/// The messages below are those of the list, as its declaration names
+	/// them: the empty-data message ("Illegal (empty) data for
+	/// ShortEncoding"), the value-string message ("Illegal value string for
+	/// ShortEncoding") and the size message.
 {
 public:
 	typedef Ixor::AutoPtr<ValueListEncoding> Ptr;
@@ -61,15 +61,15 @@ public:
 
 	static void parse(const std::string& text, std::vector<T>& values);
 		/// Fills values from text, or leaves it empty when the text is not a
-		/// list of values in the list's text form separated by single spaces.
+		/// list of values in its text form separated by single spaces.
 
 	unsigned int type() const override;
 		/// The list's algorithm index.
 
 	bool merge(const Encoding& other) override;
-		/// Appends the values of another list of its kind and returns true; returns false
-		/// and changes nothing for any other type. The text form is not
-		/// rebuilt.
+		/// Appends the values of another list of its kind and returns true;
+		/// returns false and changes nothing for any other type. The text
+		/// form is not rebuilt.
 
 	void append(T value);
 		/// Appends one value in place, as merging a list of that value would.
