@@ -83,7 +83,10 @@ bool TextEncoding<V>::merge(const Encoding& other)
 template <class V>
 void TextEncoding<V>::write(BitStreamWriter& writer) const
 {
-	if (Traits::EMPTY_IS_A_BUG) poco_assert(!_content.empty());
+	if (Traits::EMPTY_IS_A_BUG)
+	{
+		poco_assert(!_content.empty());
+	}
 	Encoder::nonEmptyOctetString(writer, _content);
 }
 
@@ -116,7 +119,10 @@ template <class V>
 void TextEncoding<V>::encode(BitStreamWriter& writer, const std::string& str)
 {
 	// As constructing the value from str and writing it, without the copy.
-	if (Traits::EMPTY_IS_A_BUG) poco_assert(!str.empty());
+	if (Traits::EMPTY_IS_A_BUG)
+	{
+		poco_assert(!str.empty());
+	}
 	else if (str.empty()) throw FISEncodingException(Traits::EMPTY_STRING);
 	Encoder::nonEmptyOctetString(writer, str);
 }
