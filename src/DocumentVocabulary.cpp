@@ -48,20 +48,8 @@ DocumentVocabulary::DocumentVocabulary(DontInitialize):
 
 
 DocumentVocabulary::DocumentVocabulary(VocabularyImpl impl):
-	_impl(impl),
-	_pElementVocabulary(0),
-	_pAttributeVocabulary(0),
-	_revision(0)
+	DocumentVocabulary(std::string(), impl)
 {
-	try
-	{
-		reset();
-	}
-	catch (...)
-	{
-		clear();
-		throw;
-	}
 }
 
 
