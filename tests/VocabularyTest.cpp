@@ -322,10 +322,16 @@ TEST(VocabularyTest, TruncatedTablesAreAsTheyWereAtThatSize)
 		std::vector<unsigned int> first;
 		bool found = false;
 		for (int i = 0; i < 1000; ++i) first.push_back(table.indexWithin(entry(i), 1u << 20, found));
+		// One entry at a time, so that every entry is once the newest one
+		// kept, next to those just forgotten.
 		const std::size_t kept = 301;   // the placeholder and 300 entries
-		table.truncate(kept);
-		EXPECT_EQ(kept, table.size());
-		for (int i = 0; i < 1000; ++i) EXPECT_EQ(i < 300 ? first[i] : table.NOT_FOUND, table.find(entry(i))) << i;
+		for (std::size_t size = table.size() - 1; size >= kept; --size)
+		{
+			table.truncate(size);
+			EXPECT_EQ(size, table.size());
+			EXPECT_EQ(table.NOT_FOUND, table.find(entry(static_cast<int>(size - 1))));
+			for (std::size_t i = 0; i + 1 < size; ++i) ASSERT_EQ(first[i], table.find(entry(static_cast<int>(i)))) << i << " of " << size;
+		}
 		found = true;
 		for (int i = 999; i >= 300; --i) EXPECT_EQ(kept + 999 - i, table.indexWithin(entry(i), 1u << 20, found));
 		EXPECT_FALSE(found);

@@ -837,15 +837,45 @@ TEST(WriterTest, ARestartedWriterWritesWhatANewWriterWrites)
 				return pWriter;
 			}},
 	};
+	// How the document before the first one was left: unfinished in each
+	// state the writer tracks, or ended.
+	const std::vector<std::pair<const char*, std::function<void(FastInfosetWriter&)>>> before =
+	{
+		{"an open element", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startElement("urn:u", "unfinished", "u:unfinished", attributes({{"a", "abandoned value"}}));
+				w.characters("abandoned");
+			}},
+		{"a CDATA section with typed values", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startElement("", "r", "r");
+				w.encodedData(7);
+				w.startCDATA();
+			}},
+		{"the prolog, inside the document type declaration", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.processingInstruction("held", "back");
+				w.notationDecl("n", 0, 0);
+				w.startDTD("r", "", "r.dtd");
+			}},
+		{"an ended document", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.emptyElement("urn:e", "ended", "");
+				w.endDocument();
+			}},
+	};
 	for (const auto& setup: setups)
+	for (const auto& left: before)
 	{
 		SCOPED_TRACE(setup.first);
+		SCOPED_TRACE(left.first);
 		std::ostringstream unused;
 		std::unique_ptr<FastInfosetWriter> pRestarted(setup.second(unused));
-		// Left unfinished: names and strings of its own, and an open element.
-		pRestarted->startDocument();
-		pRestarted->startElement("urn:u", "unfinished", "u:unfinished");
-		pRestarted->characters("abandoned");
+		left.second(*pRestarted);
 		for (const std::string& xml: documents)
 		{
 			SCOPED_TRACE(xml);
