@@ -11,6 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
@@ -51,11 +52,23 @@ public:
 	void push_back(const T& value);
 		/// Appends value; its index is the size before.
 
+	template <class... Args>
+	void emplace_back(const Args&... args);
+		/// Appends T(args...). A place that truncate() freed takes it by
+		/// assignment (a string's assign() for other arguments than a T),
+		/// so that it keeps its memory.
+
 	std::size_t size() const;
 		/// The number of entries.
 
 	bool empty() const;
-		/// True when no entry was ever stored.
+		/// True when the table holds no entry.
+
+	void truncate(std::size_t size);
+		/// Forgets the entries from index size on (nothing when size is not
+		/// below size()). Their storage, a string's buffer included, is kept
+		/// and taken by the entries appended next, so that a table filled
+		/// again to where it was allocates nothing.
 
 	T& at(std::size_t i);
 	const T& at(std::size_t i) const;
@@ -72,6 +85,9 @@ private:
 	static std::size_t chunkCapacity(std::size_t chunk);
 	static std::size_t chunkOf(std::size_t i, std::size_t& offset);
 	static int highestBit(std::size_t value);
+	static void assign(T& place, const T& value);
+	template <class... Args>
+	static void assign(T& place, const Args&... args);
 
 	std::vector<std::unique_ptr<Chunk>> _chunks;
 	std::size_t _size;
@@ -131,7 +147,14 @@ inline std::size_t VerbTable<T>::size() const
 template <class T>
 inline bool VerbTable<T>::empty() const
 {
-	return _chunks.empty();
+	return _size == 0;
+}
+
+
+template <class T>
+void VerbTable<T>::truncate(std::size_t size)
+{
+	if (size < _size) _size = size;
 }
 
 
@@ -187,7 +210,11 @@ VerbTable<T>::VerbTable(const VerbTable& other):
 		// reserve keeps later appends from moving the copied entries.
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(k));
-		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->end());
+		// Entries forgotten by truncate() are not copied.
+		const std::size_t first = chunkCapacity(k) - FIRST_CHUNK;
+		if (first >= other._size) break;
+		const std::size_t count = std::min(other._chunks[k]->size(), other._size - first);
+		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->begin() + count);
 		_chunks.push_back(std::move(pChunk));
 	}
 	_size = other._size;
@@ -240,20 +267,52 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 
 
 template <class T>
-void VerbTable<T>::push_back(const T& value)
+inline void VerbTable<T>::push_back(const T& value)
 {
+	emplace_back(value);
+}
+
+
+template <class T>
+inline void VerbTable<T>::assign(T& place, const T& value)
+{
+	place = value;
+}
+
+
+template <class T>
+template <class... Args>
+inline void VerbTable<T>::assign(T& place, const Args&... args)
+{
+	place.assign(args...);
+}
+
+
+template <class T>
+template <class... Args>
+void VerbTable<T>::emplace_back(const Args&... args)
+{
+	std::size_t offset;
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
+	{
+		// A place that truncate() freed; the size grows only once it is set.
+		assign((*_chunks[chunk])[offset], args...);
+		++_size;
+		return;
+	}
 	const std::size_t chunks = _chunks.size();
 	if (chunks == 0 || _chunks.back()->size() == chunkCapacity(chunks - 1))
 	{
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(chunks));
-		pChunk->push_back(value);
+		pChunk->emplace_back(args...);
 		_chunks.push_back(std::move(pChunk));
 	}
 	else
 	{
-		// Below the reserved capacity: push_back never reallocates.
-		_chunks.back()->push_back(value);
+		// Below the reserved capacity: emplace_back never reallocates.
+		_chunks.back()->emplace_back(args...);
 	}
 	++_size;
 }
