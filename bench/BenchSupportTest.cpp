@@ -77,6 +77,24 @@ const char* const INLINE_DOCUMENTS[] =
 };
 
 
+// The event list joins adjacent character data, as convertToFIS does for its
+// writer; the host parser cuts it at line ends.
+std::vector<std::string> withTextJoined(const std::vector<std::string>& lines)
+{
+	static const std::string TEXT = "characters ";
+	std::vector<std::string> joined;
+	bool lastWasText = false;
+	for (const std::string& line: lines)
+	{
+		const bool isText = line.compare(0, TEXT.size(), TEXT) == 0;
+		if (isText && lastWasText) joined.back() += line.substr(TEXT.size());
+		else joined.push_back(line);
+		lastWasText = isText;
+	}
+	return joined;
+}
+
+
 TEST(BenchEventListTest, ReplayGivesTheRecordedEvents)
 {
 	std::vector<std::string> documents;
@@ -96,8 +114,9 @@ TEST(BenchEventListTest, ReplayGivesTheRecordedEvents)
 		LineRecorder replayed;
 		events.replay(replayed, &replayed, &replayed);
 
-		EXPECT_EQ(direct.lines, replayed.lines);
-		EXPECT_EQ(direct.lines.size() - direct.elements, events.eventCount());
+		const std::vector<std::string> expected = withTextJoined(direct.lines);
+		EXPECT_EQ(expected, replayed.lines);
+		EXPECT_EQ(expected.size() - direct.elements, events.eventCount());
 	}
 }
 
