@@ -122,6 +122,7 @@ private:
 	// The lists that report attributes, kept by the names they hold;
 	// elements with many attributes share one that is built for each.
 	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
+	std::vector<AttributeList*> _builtLists;   // those of _attributeLists that were built
 	Ixor::XML::AttributesImpl _largeAttributes;
 	bool               _trimAttributes;
 };
@@ -143,9 +144,11 @@ FastInfosetParser::FastInfosetParser(DocumentVocabulary::VocabularyImpl impl):
 
 
 FastInfosetParser::FastInfosetParser(const DocumentVocabulary& vocabulary):
-	_pItems(new ItemReader(vocabulary)),
-	_pGivenVocabulary(new DocumentVocabulary(vocabulary))
+	_pGivenVocabulary(new DocumentVocabulary(VocabularyFileLoader::forReading(vocabulary)))
 {
+	// Documents add to the given entries as to any vocabulary of the
+	// reader's own, whatever kind of tables it was given with.
+	_pItems.reset(new ItemReader(*_pGivenVocabulary));
 	init();
 }
 
@@ -507,9 +510,8 @@ inline void FastInfosetParser::Dispatch::xmlDeclaration(const std::string& text)
 inline void FastInfosetParser::Dispatch::vocabularyRead(const DocumentVocabulary& vocabulary)
 {
 	// The names the lists hold belong to the previous document.
-	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	for (AttributeList* pList: _builtLists)
 	{
-		if (!pList) continue;
 		for (AttributeList::Slot& held: pList->slots)
 		{
 			held.pName = nullptr;
@@ -682,6 +684,12 @@ bool FastInfosetParser::Dispatch::loadExternalVocabulary(const std::string& uri,
 	/// A handler without which the document can still be read learns of
 	/// what was loaded, not of a vocabulary given in advance.
 {
+	const DocumentVocabulary* pGiven = _parser._pGivenVocabulary.get();
+	if (pGiven && uri == pGiven->getURI() && &vocabulary == &_items.vocabulary())
+	{
+		_items.restore(*pGiven);
+		return false;
+	}
 	VocabularyFileLoader loader(_parser);
 	const bool loaded = loader.load(uri, vocabulary);
 	if (loaded && _parser._pDocumentHandler)
@@ -731,6 +739,7 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList()
 		// The entries are reserved first, so that the pointers to them stay
 		// valid.
 		pList.reset(new AttributeList);
+		_builtLists.push_back(pList.get());
 		pList->list.reserve(count);
 		pList->slots.resize(count);
 		for (std::size_t i = 0; i < count; ++i)
@@ -779,9 +788,8 @@ void FastInfosetParser::Dispatch::trimAttributeLists()
 	{
 		if (text.capacity() > RETAINED_ATTRIBUTE_OCTETS) std::string().swap(text);
 	};
-	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	for (AttributeList* pList: _builtLists)
 	{
-		if (!pList) continue;
 		for (AttributeList::Slot& held: pList->slots)
 		{
 			Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;

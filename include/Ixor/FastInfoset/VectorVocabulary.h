@@ -45,6 +45,11 @@ public:
 		/// below size().
 
 	std::size_t size() const override;
+
+	void truncate(std::size_t size);
+		/// Drops the entries from index size on, keeping their storage for
+		/// the entries added next: a table that each document of a series
+		/// fills anew from the same start.
 	bool empty() const override;
 	Vocabulary<T>* subtract(const Vocabulary<T>& other) const override;
 	Vocabulary<T>* clone() const override;
@@ -108,6 +113,13 @@ template <class T>
 bool VectorVocabulary<T>::empty() const
 {
 	return this->_index.empty();
+}
+
+
+template <class T>
+void VectorVocabulary<T>::truncate(std::size_t size)
+{
+	this->_index.truncate(size);
 }
 
 

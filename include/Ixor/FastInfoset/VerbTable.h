@@ -14,6 +14,7 @@
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 #if defined(_MSC_VER)
@@ -30,6 +31,11 @@ class VerbTable
 	/// The entry store of a vocabulary table: entries in chunks of 256, 512,
 	/// 1024, ... entries. A stored entry never moves, so references to it
 	/// stay valid until the table is destroyed; growing copies no entry.
+	///
+	/// A table cut back by truncate() keeps the entries it drops as spare
+	/// objects, and push_back() assigns into them: a table that is filled
+	/// and cut back again and again, once per document, allocates nothing
+	/// once it has reached its size.
 {
 public:
 	static const std::size_t FIRST_CHUNK = 256;
@@ -51,11 +57,20 @@ public:
 	void push_back(const T& value);
 		/// Appends value; its index is the size before.
 
+	T& extend();
+		/// Appends an entry and returns it for the caller to set: a spare
+		/// object as truncate() left it, or T().
+
 	std::size_t size() const;
 		/// The number of entries.
 
 	bool empty() const;
-		/// True when no entry was ever stored.
+		/// True when the table holds no entry.
+
+	void truncate(std::size_t size);
+		/// Drops the entries from index size on; the indexes below keep
+		/// their entries, and references to them stay valid. Long strings
+		/// among the dropped entries are released.
 
 	T& at(std::size_t i);
 	const T& at(std::size_t i) const;
@@ -72,9 +87,12 @@ private:
 	static std::size_t chunkCapacity(std::size_t chunk);
 	static std::size_t chunkOf(std::size_t i, std::size_t& offset);
 	static int highestBit(std::size_t value);
+	T& nextObject();
+	static void release(std::string& dropped);
+	template <class U> static void release(U&) {}
 
-	std::vector<std::unique_ptr<Chunk>> _chunks;
-	std::size_t _size;
+	std::vector<std::unique_ptr<Chunk>> _chunks;   // each holds the entries and the spare objects after them
+	std::size_t _size;                              // the entries
 };
 
 
@@ -131,7 +149,7 @@ inline std::size_t VerbTable<T>::size() const
 template <class T>
 inline bool VerbTable<T>::empty() const
 {
-	return _chunks.empty();
+	return _size == 0;
 }
 
 
@@ -180,15 +198,20 @@ template <class T>
 VerbTable<T>::VerbTable(const VerbTable& other):
 	_size(0)
 {
+	// Only the entries are copied, not the other's spare objects.
+	std::size_t left = other._size;
 	_chunks.reserve(other._chunks.size());
-	for (std::size_t k = 0; k < other._chunks.size(); ++k)
+	for (std::size_t k = 0; k < other._chunks.size() && left > 0; ++k)
 	{
 		// A copied vector may get less capacity than the policy wants; the
 		// reserve keeps later appends from moving the copied entries.
+		const Chunk& source = *other._chunks[k];
+		const std::size_t count = left < source.size() ? left : source.size();
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(k));
-		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->end());
+		pChunk->insert(pChunk->end(), source.begin(), source.begin() + static_cast<std::ptrdiff_t>(count));
 		_chunks.push_back(std::move(pChunk));
+		left -= count;
 	}
 	_size = other._size;
 }
@@ -242,20 +265,61 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 template <class T>
 void VerbTable<T>::push_back(const T& value)
 {
-	const std::size_t chunks = _chunks.size();
-	if (chunks == 0 || _chunks.back()->size() == chunkCapacity(chunks - 1))
+	// Counted once assigned, so that a failed copy adds nothing.
+	nextObject() = value;
+	++_size;
+}
+
+
+template <class T>
+T& VerbTable<T>::extend()
+{
+	T& entry = nextObject();
+	++_size;
+	return entry;
+}
+
+
+template <class T>
+T& VerbTable<T>::nextObject()
+	/// The object at index size(): a spare one, or a new one.
+{
+	std::size_t offset;
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk == _chunks.size())
 	{
 		std::unique_ptr<Chunk> pChunk(new Chunk);
-		pChunk->reserve(chunkCapacity(chunks));
-		pChunk->push_back(value);
+		pChunk->reserve(chunkCapacity(chunk));
 		_chunks.push_back(std::move(pChunk));
 	}
-	else
+	// Below the reserved capacity: a chunk never reallocates.
+	Chunk& entries = *_chunks[chunk];
+	if (offset == entries.size()) entries.emplace_back();
+	return entries[offset];
+}
+
+
+template <class T>
+void VerbTable<T>::truncate(std::size_t size)
+{
+	if (size >= _size) return;
+	std::size_t offset;
+	std::size_t chunk = chunkOf(size, offset);
+	for (std::size_t i = size; i < _size; ++chunk, offset = 0)
 	{
-		// Below the reserved capacity: push_back never reallocates.
-		_chunks.back()->push_back(value);
+		Chunk& entries = *_chunks[chunk];
+		for (; offset < entries.size() && i < _size; ++offset, ++i) release(entries[offset]);
 	}
-	++_size;
+	_size = size;
+}
+
+
+template <class T>
+inline void VerbTable<T>::release(std::string& dropped)
+	/// What one document added stays for the next as spare capacity, but
+	/// only as much as short strings need.
+{
+	if (dropped.capacity() > 256) std::string().swap(dropped);
 }
 
 
