@@ -16,6 +16,7 @@
 #include "ItemReader.h"
 #include "VocabularyFileLoader.h"
 #include <climits>
+#include <cstring>
 #include <cstdint>
 #include <vector>
 
@@ -37,10 +38,27 @@ namespace
 	// are kept, so that their strings keep their capacity: so many lists
 	// for each number of attributes.
 	const std::size_t POOLED_ATTRIBUTE_COUNTS = 32;
-	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 4;
+	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 64;
 	// Strings of the lists longer than this are released after the element
 	// is reported, so that what the lists hold stays small.
 	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
+
+
+	inline void assignText(std::string& to, const char* pText, std::size_t length)
+		/// A value no longer than the one it replaces is copied in place
+		/// here: string::assign() is a call into the library, and the values
+		/// of an attribute are mostly of a few lengths.
+	{
+		if (length > to.size())
+		{
+			// Cheaper than assign(), which allows for text inside the string.
+			to.clear();
+			to.append(pText, length);
+			return;
+		}
+		to.resize(length);
+		if (length > 0) std::memcpy(&to[0], pText, length);
+	}
 
 
 	class FaultReport: public Ixor::XML::SAXParseException
@@ -111,7 +129,7 @@ private:
 	};
 
 	const std::string& qualifiedName(const ItemReader::NameEntry& name);
-	const Ixor::XML::AttributesImpl& attributeList();
+	const Ixor::XML::AttributesImpl& attributeList(const ItemReader::NameEntry& element);
 	void fillSlot(AttributeList& list, std::size_t i, const ItemReader::Attribute& attribute);
 	void trimAttributeLists();
 
@@ -591,7 +609,7 @@ inline void FastInfosetParser::Dispatch::startElement(const ItemReader::NameEntr
 {
 	Ixor::XML::ContentHandler* pHandler = _parser._pContentHandler;
 	if (!pHandler) return;
-	const Ixor::XML::AttributesImpl& attributes = attributeList();
+	const Ixor::XML::AttributesImpl& attributes = attributeList(element);
 	const std::string& qname = qualifiedName(element);
 	_inHandler = true;
 	pHandler->startElement(*element.name.pUri, *element.name.pLocalName, qname, attributes);
@@ -702,7 +720,7 @@ bool FastInfosetParser::Dispatch::loadExternalVocabulary(const std::string& uri,
 }
 
 
-const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList()
+const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList(const ItemReader::NameEntry& element)
 	/// The list for the number of attributes read, filled from them. A slot
 	/// that holds the same name, or the same vocabulary value, as for the
 	/// element before is left as it is.
@@ -726,13 +744,9 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList()
 		return _largeAttributes;
 	}
 	// Lists are kept by the number of their attributes and, among those, by
-	// the sequence of their names, so that elements of one kind mostly find
-	// their names in place and only their values change.
-	std::size_t hash = 0;
-	for (std::size_t i = 0; i < count; ++i)
-	{
-		hash = hash * 31 + (reinterpret_cast<std::uintptr_t>(pAttributes[i].pName) >> 4);
-	}
+	// the element's name, so that elements of one kind mostly find the names
+	// of their attributes in place and only their values change.
+	const std::size_t hash = reinterpret_cast<std::uintptr_t>(&element) / sizeof(ItemReader::NameEntry);
 	std::unique_ptr<AttributeList>& pList = _attributeLists[count * ATTRIBUTE_LISTS_PER_COUNT + hash % ATTRIBUTE_LISTS_PER_COUNT];
 	if (!pList)
 	{
@@ -773,8 +787,7 @@ inline void FastInfosetParser::Dispatch::fillSlot(AttributeList& list, std::size
 	// A value from a table that the slot holds already is left as it is.
 	if (attribute.pValue && held.pValue == attribute.pValue) return;
 	held.pValue = attribute.pValue;
-	if (attribute.pValue) slot.value = *attribute.pValue;
-	else if (attribute.pData) slot.value.assign(attribute.pData, attribute.length);
+	if (attribute.pData) assignText(slot.value, attribute.pData, attribute.length);
 	else slot.value = attribute.copy;
 	if (attribute.length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }

@@ -451,6 +451,7 @@ void ItemReader::syncTables()
 	for (int element = 0; element < 2; ++element)
 	{
 		_names[element].truncate(0);
+		_usedNames[element].clear();
 		growNames(element != 0);
 	}
 	_qnameOctets = 0;
@@ -468,6 +469,7 @@ const ItemReader::NameEntry& ItemReader::resolveName(unsigned int index, bool el
 	name.pLocalName = &resolve(DocumentVocabulary::LOCAL_NAME, entry.localNameId());
 	NameEntry& resolved = nameSlot(index, element);
 	setName(resolved, name);
+	_usedNames[element][index] = &resolved;
 	return resolved;
 }
 
@@ -475,7 +477,11 @@ const ItemReader::NameEntry& ItemReader::resolveName(unsigned int index, bool el
 const ItemReader::NameEntry& ItemReader::addName(unsigned int index, const ResolvedName& name, bool element)
 {
 	NameEntry& added = nameSlot(index, element);
-	if (!added.resolved) setName(added, name);
+	if (!added.resolved)
+	{
+		setName(added, name);
+		_usedNames[element][index] = &added;
+	}
 	return added;
 }
 
@@ -494,7 +500,9 @@ void ItemReader::growNames(bool element)
 	/// them.
 {
 	VerbTable<NameEntry>& names = _names[element];
-	for (std::size_t i = names.size(), size = nameTable(element).size(); i < size; ++i) names.extend().resolved = false;
+	const std::size_t size = nameTable(element).size();
+	for (std::size_t i = names.size(); i < size; ++i) names.extend().resolved = false;
+	_usedNames[element].resize(size, 0);
 }
 
 

@@ -345,6 +345,7 @@ private:
 	// The names of the element-name and attribute-name tables, by index.
 	// Entries stay in place, and their storage from document to document.
 	VerbTable<NameEntry>              _names[2];
+	std::vector<const NameEntry*>     _usedNames[2];   // the resolved ones by index, else null: one access per name
 };
 
 
@@ -419,10 +420,8 @@ inline const std::string& ItemReader::deliveredAt(DocumentVocabulary::ID id, uns
 inline const ItemReader::NameEntry* ItemReader::usedName(unsigned int index, bool element) const
 	/// The name at index when it has been resolved already, else null.
 {
-	const VerbTable<NameEntry>& names = _names[element];
-	if (index >= names.size()) return 0;
-	const NameEntry& name = names[index];
-	return name.resolved ? &name : 0;
+	const std::vector<const NameEntry*>& used = _usedNames[element];
+	return index < used.size() ? used[index] : 0;
 }
 
 

@@ -531,7 +531,10 @@ TEST(ResourceTest, AParserReadingDocumentAfterDocumentAllocatesNothingForThem)
 			{
 				Measure measure;
 				pParser->parseMemoryNP(document.data(), document.size());
-				if (round == 1) EXPECT_EQ(0u, allocations.count) << "document " << &document - &inTurn[0];
+				if (round == 1)
+				{
+					EXPECT_EQ(0u, allocations.count) << "document " << &document - &inTurn[0];
+				}
 			}
 		}
 	}

@@ -87,7 +87,7 @@ private:
 	static std::size_t chunkCapacity(std::size_t chunk);
 	static std::size_t chunkOf(std::size_t i, std::size_t& offset);
 	static int highestBit(std::size_t value);
-	T& nextObject();
+	Chunk& chunkFor(std::size_t i, std::size_t& offset);
 	static void release(std::string& dropped);
 	template <class U> static void release(U&) {}
 
@@ -265,8 +265,13 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 template <class T>
 void VerbTable<T>::push_back(const T& value)
 {
-	// Counted once assigned, so that a failed copy adds nothing.
-	nextObject() = value;
+	std::size_t offset;
+	Chunk& entries = chunkFor(_size, offset);
+	// A spare object left by truncate() keeps its storage; a new entry is
+	// copied in place, below the reserved capacity, so nothing moves.
+	if (offset < entries.size()) entries[offset] = value;
+	else entries.push_back(value);
+	// Counted once stored, so that a failed copy adds nothing.
 	++_size;
 }
 
@@ -274,28 +279,26 @@ void VerbTable<T>::push_back(const T& value)
 template <class T>
 T& VerbTable<T>::extend()
 {
-	T& entry = nextObject();
+	std::size_t offset;
+	Chunk& entries = chunkFor(_size, offset);
+	if (offset == entries.size()) entries.emplace_back();
 	++_size;
-	return entry;
+	return entries[offset];
 }
 
 
 template <class T>
-T& VerbTable<T>::nextObject()
-	/// The object at index size(): a spare one, or a new one.
+typename VerbTable<T>::Chunk& VerbTable<T>::chunkFor(std::size_t i, std::size_t& offset)
+	/// The chunk that holds index i, made when it is the next one.
 {
-	std::size_t offset;
-	const std::size_t chunk = chunkOf(_size, offset);
+	const std::size_t chunk = chunkOf(i, offset);
 	if (chunk == _chunks.size())
 	{
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(chunk));
 		_chunks.push_back(std::move(pChunk));
 	}
-	// Below the reserved capacity: a chunk never reallocates.
-	Chunk& entries = *_chunks[chunk];
-	if (offset == entries.size()) entries.emplace_back();
-	return entries[offset];
+	return *_chunks[chunk];
 }
 
 
