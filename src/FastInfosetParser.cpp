@@ -38,7 +38,7 @@ namespace
 	// are kept, so that their strings keep their capacity: so many lists
 	// for each number of attributes.
 	const std::size_t POOLED_ATTRIBUTE_COUNTS = 32;
-	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 64;
+	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 16;
 	// Strings of the lists longer than this are released after the element
 	// is reported, so that what the lists hold stays small.
 	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
