@@ -423,8 +423,13 @@ void ItemReader::checkAmplification()
 unsigned int ItemReader::addString(DocumentVocabulary::ID id, const std::string& text)
 {
 	bool found = false;
-	const unsigned int index = _vocabulary.index(id, text, found);
-	syncStrings(id);
+	Vocabulary<std::string>& table = *_vocabulary.vocabulary(id);
+	const unsigned int index = table.index(text, found);
+	std::vector<const std::string*>& strings = _strings[id];
+	// A vector table appends; a table that finds values may answer an
+	// index it had.
+	if (index == strings.size()) strings.push_back(&table.index()[index]);
+	else syncStrings(id);
 	return index;
 }
 
@@ -500,9 +505,12 @@ void ItemReader::growNames(bool element)
 	/// them.
 {
 	VerbTable<NameEntry>& names = _names[element];
-	const std::size_t size = nameTable(element).size();
-	for (std::size_t i = names.size(); i < size; ++i) names.extend().resolved = false;
-	_usedNames[element].resize(size, 0);
+	std::vector<const NameEntry*>& used = _usedNames[element];
+	for (std::size_t i = names.size(), size = nameTable(element).size(); i < size; ++i)
+	{
+		names.extend().resolved = false;
+		used.push_back(0);
+	}
 }
 
 

@@ -23,7 +23,6 @@
 #include "FastDecoding.h"
 #include "HeaderListener.h"
 #include <cstddef>
-#include <deque>
 #include <string>
 #include <vector>
 
