@@ -49,21 +49,8 @@ DocumentVocabulary::DocumentVocabulary(DontInitialize):
 
 
 DocumentVocabulary::DocumentVocabulary(VocabularyImpl impl):
-	_impl(impl),
-	_pElementVocabulary(0),
-	_pAttributeVocabulary(0),
-	_revision(0),
-	_vectorTables(false)
+	DocumentVocabulary(std::string(), impl)
 {
-	try
-	{
-		reset();
-	}
-	catch (...)
-	{
-		clear();
-		throw;
-	}
 }
 
 
