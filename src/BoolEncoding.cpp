@@ -8,10 +8,12 @@ namespace FastInfoset {
 
 
 template <>
-struct ValueListTraits<BoolEncoding>
+struct ValueListTraits<BoolValues>
 	/// A boolean string: the 4-bit count of unused bits, then one bit per
 	/// value from bit 4 of the first octet on.
 {
+	typedef BoolEncoding Object;
+
 	static constexpr unsigned int TYPE = AlgorithmTable::BOOLEAN;
 	static constexpr const char* EMPTY_DATA   = "Illegal (empty) data for BoolEncoding";
 	static constexpr const char* VALUE_STRING = "Illegal value string for BoolEncoding";
@@ -71,7 +73,7 @@ struct ValueListTraits<BoolEncoding>
 };
 
 
-void ValueListTraits<BoolEncoding>::writeValues(BitStreamWriter& writer, const std::vector<bool>& values)
+void ValueListTraits<BoolValues>::writeValues(BitStreamWriter& writer, const std::vector<bool>& values)
 {
 	const std::size_t count = values.size();
 	Encoder::nonEmptyStringLength(writer, (count + 4 + 7)/8);
@@ -104,34 +106,11 @@ void ValueListTraits<BoolEncoding>::writeValues(BitStreamWriter& writer, const s
 }
 
 
-template class ValueListEncoding<BoolEncoding, bool>;
+template class ValueListEncoding<BoolValues, bool>;
 
 
 const std::string BoolEncoding::VAL_TRUE("true");
 const std::string BoolEncoding::VAL_FALSE("false");
-
-
-BoolEncoding::BoolEncoding()
-{
-}
-
-
-BoolEncoding::BoolEncoding(bool value):
-	ValueListEncoding(value)
-{
-}
-
-
-BoolEncoding::BoolEncoding(const std::vector<bool>& values):
-	ValueListEncoding(values)
-{
-}
-
-
-BoolEncoding::BoolEncoding(const std::string& text):
-	ValueListEncoding(text)
-{
-}
 
 
 BoolEncoding::~BoolEncoding()

@@ -47,6 +47,22 @@ template <> struct Bits<4> { typedef UInt32 Type; };
 template <> struct Bits<8> { typedef UInt64 Type; };
 
 
+template <class Traits, class Template, class = void>
+struct ObjectOf
+	/// The class of the objects that a template's decode() makes: the
+	/// template itself, or Traits::Object where a class adds to it.
+{
+	typedef Template Type;
+};
+
+
+template <class Traits, class Template>
+struct ObjectOf<Traits, Template, std::void_t<typename Traits::Object>>
+{
+	typedef typename Traits::Object Type;
+};
+
+
 inline const unsigned char* readOctets(BitStreamReader& reader, std::size_t length, std::string& scratch)
 	/// The next length octets of an octet-aligned reader: in place when the
 	/// reader holds them all, else copied into scratch. Nothing is allocated

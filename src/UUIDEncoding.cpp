@@ -8,7 +8,7 @@ namespace FastInfoset {
 
 
 template <>
-struct ValueListTraits<UUIDEncoding>: EncodingSupport::FixedWidth<16>
+struct ValueListTraits<UUIDValues>: EncodingSupport::FixedWidth<16>
 	/// Each UUID as its 16 octets in network order, as the canonical text
 	/// reads.
 {
@@ -43,7 +43,7 @@ struct ValueListTraits<UUIDEncoding>: EncodingSupport::FixedWidth<16>
 };
 
 
-void ValueListTraits<UUIDEncoding>::writeValues(BitStreamWriter& writer, const std::vector<Ixor::UUID>& uuids)
+void ValueListTraits<UUIDValues>::writeValues(BitStreamWriter& writer, const std::vector<Ixor::UUID>& uuids)
 {
 	Encoder::nonEmptyStringLength(writer, uuids.size()*WIDTH);
 	char buffer[64*WIDTH];
@@ -62,7 +62,7 @@ void ValueListTraits<UUIDEncoding>::writeValues(BitStreamWriter& writer, const s
 }
 
 
-void ValueListTraits<UUIDEncoding>::appendText(std::string& text, const Ixor::UUID& uuid)
+void ValueListTraits<UUIDValues>::appendText(std::string& text, const Ixor::UUID& uuid)
 {
 	char octets[WIDTH];
 	uuid.copyTo(octets);
@@ -70,7 +70,7 @@ void ValueListTraits<UUIDEncoding>::appendText(std::string& text, const Ixor::UU
 }
 
 
-void ValueListTraits<UUIDEncoding>::appendOctets(std::string& text, const unsigned char* p)
+void ValueListTraits<UUIDValues>::appendOctets(std::string& text, const unsigned char* p)
 {
 	// The groups of 4, 2, 2, 2 and 6 octets as zero-padded hexadecimal
 	// numbers, which the host formatter writes in upper case.
@@ -88,35 +88,7 @@ void ValueListTraits<UUIDEncoding>::appendOctets(std::string& text, const unsign
 }
 
 
-template class ValueListEncoding<UUIDEncoding, Ixor::UUID>;
-
-
-UUIDEncoding::UUIDEncoding()
-{
-}
-
-
-UUIDEncoding::UUIDEncoding(const Ixor::UUID& uuid):
-	ValueListEncoding(uuid)
-{
-}
-
-
-UUIDEncoding::UUIDEncoding(const std::vector<Ixor::UUID>& uuids):
-	ValueListEncoding(uuids)
-{
-}
-
-
-UUIDEncoding::UUIDEncoding(const std::string& text):
-	ValueListEncoding(text)
-{
-}
-
-
-UUIDEncoding::~UUIDEncoding()
-{
-}
+template class ValueListEncoding<UUIDValues, Ixor::UUID>;
 
 
 } } // namespace Ixor::FastInfoset

@@ -5,12 +5,14 @@
 // Module:  ValueListEncoding
 //
 // The members of ValueListEncoding. Each list's source file specializes
-// ValueListTraits for its class, includes this header and instantiates
-// the template for its class. Internal: this header is not installed.
+// ValueListTraits for its list, includes this header and instantiates
+// the template for its list. Internal: this header is not installed.
 //
 // A traits class provides:
 //
 //   TYPE                  the algorithm index
+//   Object                optional: the class that decode() makes, when
+//                         a class derives from the template
 //   EMPTY_DATA, VALUE_STRING, SIZE_ENTRY
 //                         the messages
 //   WIDTH                 the length of a value string must be a multiple
@@ -42,6 +44,8 @@
 #include "EncodingSupport.h"
 #include "Poco/NumberFormatter.h"
 #include <limits>
+#include <type_traits>
+#include <utility>
 
 
 namespace Ixor {
@@ -122,30 +126,23 @@ struct BigEndianNumbers: FixedWidth<sizeof(T)>
 } // namespace EncodingSupport
 
 
-template <class E, class T>
-ValueListEncoding<E, T>::ValueListEncoding():
-	_values()
-{
-}
-
-
-template <class E, class T>
-ValueListEncoding<E, T>::ValueListEncoding(T value):
+template <class V, class T>
+ValueListEncoding<V, T>::ValueListEncoding(T value):
 	_values(1, value)
 {
 }
 
 
-template <class E, class T>
-ValueListEncoding<E, T>::ValueListEncoding(const std::vector<T>& values):
-	_values(values)
+template <class V, class T>
+ValueListEncoding<V, T>::ValueListEncoding(std::vector<T> values):
+	_values(std::move(values))
 {
 	if (_values.empty()) throw FISEncodingException(Traits::EMPTY_DATA);
 }
 
 
-template <class E, class T>
-ValueListEncoding<E, T>::ValueListEncoding(const std::string& text)
+template <class V, class T>
+ValueListEncoding<V, T>::ValueListEncoding(const std::string& text)
 {
 	if (text.empty()) throw FISEncodingException(Traits::EMPTY_DATA);
 	parse(text, _values);
@@ -153,14 +150,14 @@ ValueListEncoding<E, T>::ValueListEncoding(const std::string& text)
 }
 
 
-template <class E, class T>
-ValueListEncoding<E, T>::~ValueListEncoding()
+template <class V, class T>
+ValueListEncoding<V, T>::~ValueListEncoding()
 {
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::parse(const std::string& text, std::vector<T>& values)
+template <class V, class T>
+void ValueListEncoding<V, T>::parse(const std::string& text, std::vector<T>& values)
 {
 	EncodingSupport::parseList(text, values, [](const std::string& piece, std::string& scratch, T& value)
 	{
@@ -169,15 +166,15 @@ void ValueListEncoding<E, T>::parse(const std::string& text, std::vector<T>& val
 }
 
 
-template <class E, class T>
-unsigned int ValueListEncoding<E, T>::type() const
+template <class V, class T>
+unsigned int ValueListEncoding<V, T>::type() const
 {
 	return Traits::TYPE;
 }
 
 
-template <class E, class T>
-bool ValueListEncoding<E, T>::merge(const Encoding& other)
+template <class V, class T>
+bool ValueListEncoding<V, T>::merge(const Encoding& other)
 {
 	const ValueListEncoding* pOther = other.type() == type() ? dynamic_cast<const ValueListEncoding*>(&other) : nullptr;
 	if (!pOther) return false;
@@ -186,31 +183,31 @@ bool ValueListEncoding<E, T>::merge(const Encoding& other)
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::append(T value)
+template <class V, class T>
+void ValueListEncoding<V, T>::append(T value)
 {
 	_values.push_back(value);
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::clear()
+template <class V, class T>
+void ValueListEncoding<V, T>::clear()
 {
 	_values.clear();
 	_content.clear();
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::write(BitStreamWriter& writer) const
+template <class V, class T>
+void ValueListEncoding<V, T>::write(BitStreamWriter& writer) const
 {
 	poco_assert(!_values.empty());
 	Traits::writeValues(writer, _values);
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::decode(BitStreamReader& reader, std::string& text)
+template <class V, class T>
+void ValueListEncoding<V, T>::decode(BitStreamReader& reader, std::string& text)
 {
 	text.clear();
 	std::string scratch;
@@ -225,8 +222,8 @@ void ValueListEncoding<E, T>::decode(BitStreamReader& reader, std::string& text)
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::decode(BitStreamReader& reader, std::vector<T>& values)
+template <class V, class T>
+void ValueListEncoding<V, T>::decode(BitStreamReader& reader, std::vector<T>& values)
 {
 	values.clear();
 	std::string scratch;
@@ -237,22 +234,22 @@ void ValueListEncoding<E, T>::decode(BitStreamReader& reader, std::vector<T>& va
 }
 
 
-template <class E, class T>
-Ixor::AutoPtr<Encoding> ValueListEncoding<E, T>::decode(BitStreamReader& reader)
+template <class V, class T>
+Ixor::AutoPtr<Encoding> ValueListEncoding<V, T>::decode(BitStreamReader& reader)
 {
-	Ixor::AutoPtr<E> pEncoding(new E);
-	ValueListEncoding& list = *pEncoding;
-	decode(reader, list._values);
-	// Only a boolean string can hold no values; it is refused as building
-	// the value from an empty vector would be.
-	if (list._values.empty()) throw FISEncodingException(Traits::EMPTY_DATA);
-	list.createContent();
+	std::vector<T> values;
+	decode(reader, values);
+	// Only a boolean string can hold no values; the constructor refuses
+	// them as it refuses any empty vector.
+	typedef typename EncodingSupport::ObjectOf<Traits, ValueListEncoding>::Type Object;
+	Ixor::AutoPtr<Object> pEncoding(new Object(std::move(values)));
+	pEncoding->createContent();
 	return pEncoding;
 }
 
 
-template <class E, class T>
-Int32 ValueListEncoding<E, T>::check(const std::string& text)
+template <class V, class T>
+Int32 ValueListEncoding<V, T>::check(const std::string& text)
 {
 	std::vector<T> values;
 	parse(text, values);
@@ -260,10 +257,11 @@ Int32 ValueListEncoding<E, T>::check(const std::string& text)
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::encode(BitStreamWriter& writer, const std::string& text)
+template <class V, class T>
+void ValueListEncoding<V, T>::encode(BitStreamWriter& writer, const std::string& text)
 {
-	// As E(text).write(writer), without the heap object.
+	// As constructing the list from text and writing it, without the heap
+	// object.
 	if (text.empty()) throw FISEncodingException(Traits::EMPTY_DATA);
 	std::vector<T> values;
 	parse(text, values);
@@ -272,37 +270,37 @@ void ValueListEncoding<E, T>::encode(BitStreamWriter& writer, const std::string&
 }
 
 
-template <class E, class T>
-DecodeMethod ValueListEncoding<E, T>::decodeMethod() const
+template <class V, class T>
+DecodeMethod ValueListEncoding<V, T>::decodeMethod() const
 {
 	return &ValueListEncoding::decode;
 }
 
 
-template <class E, class T>
-CheckMethod ValueListEncoding<E, T>::checkMethod() const
+template <class V, class T>
+CheckMethod ValueListEncoding<V, T>::checkMethod() const
 {
 	return &ValueListEncoding::check;
 }
 
 
-template <class E, class T>
-EncodeMethod ValueListEncoding<E, T>::encodeMethod() const
+template <class V, class T>
+EncodeMethod ValueListEncoding<V, T>::encodeMethod() const
 {
 	return &ValueListEncoding::encode;
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::handle(FISContentHandler* pHandler) const
+template <class V, class T>
+void ValueListEncoding<V, T>::handle(FISContentHandler* pHandler) const
 {
 	if (!pHandler) return;
 	for (typename std::vector<T>::const_reference value: _values) pHandler->encodedData(value);
 }
 
 
-template <class E, class T>
-void ValueListEncoding<E, T>::createContent()
+template <class V, class T>
+void ValueListEncoding<V, T>::createContent()
 {
 	_content.clear();
 	_content.reserve(_values.size()*Traits::TEXT_PER_VALUE);

@@ -12,7 +12,6 @@
 
 using Ixor::XML::Attributes;
 using Ixor::XML::XMLChar;
-using Ixor::XML::XMLReader;
 using Ixor::XML::XMLString;
 
 
@@ -172,7 +171,7 @@ DocumentVocabulary VocabularyDocument::load(std::istream& in, DocumentVocabulary
 	parser.setLoadExternalVocabularies(false);
 	URIComment handler;
 	parser.setContentHandler(&handler);
-	parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&handler));
+	parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&handler));
 	Ixor::XML::InputSource source(in);
 	parser.parse(&source);
 	DocumentVocabulary result(handler.uri(), impl);

@@ -8,10 +8,7 @@
 #include "Poco/DirectoryIterator.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
-#include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXException.h"
-#include "Poco/SAX/SAXParser.h"
-#include "Poco/SAX/WhitespaceFilter.h"
 #include "Poco/XML/XMLWriter.h"
 #include <gtest/gtest.h>
 #include <fstream>
@@ -21,7 +18,6 @@
 
 using namespace Ixor::FastInfoset;
 using namespace TestSupport;
-using Ixor::XML::XMLReader;
 using Ixor::XML::XMLWriter;
 
 
@@ -29,47 +25,18 @@ namespace {
 
 
 std::vector<std::string> xmlEvents(const std::string& xml, bool stripWhitespace, std::string* pDoctypeName = 0)
-	/// The events of XML text as the host's parser reports them, in the
-	/// form that survives a round trip; the XML writer does not print the
+	/// The comparable events of XML text; the XML writer does not print the
 	/// DTD's content nor comments, so those are left out.
 {
-	EventRecorder::Options options;
-	options.comparable = true;
-	options.sortAttributes = true;
-	EventRecorder recorder(options);
-	Ixor::XML::SAXParser parser;
-	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
-	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-	Ixor::XML::WhitespaceFilter filter(&parser);
-	XMLReader& reader = stripWhitespace ? static_cast<XMLReader&>(filter) : static_cast<XMLReader&>(parser);
-	recorder.attachTo(reader);
-	std::istringstream in(xml);
-	Ixor::XML::InputSource source(in);
-	reader.parse(&source);
 	std::vector<std::string> kept;
 	bool inDTD = false;
-	for (const std::string& line: recorder.lines)
+	for (const std::string& line: comparableXMLEvents(xml, stripWhitespace, pDoctypeName))
 	{
 		if (line.compare(0, 8, "startDTD") == 0) inDTD = true;
 		if (!inDTD && line.compare(0, 7, "comment") != 0) kept.push_back(line);
 		if (line == "endDTD") inDTD = false;
 	}
-	if (pDoctypeName)
-	{
-		const std::string::size_type doctype = xml.find("<!DOCTYPE ");
-		*pDoctypeName = doctype == std::string::npos ? std::string()
-			: xml.substr(doctype + 10, xml.find_first_of(" >[", doctype + 10) - doctype - 10);
-	}
 	return kept;
-}
-
-
-std::string fileContent(const std::string& path)
-{
-	std::ifstream in(path, std::ios::binary);
-	std::ostringstream content;
-	content << in.rdbuf();
-	return content.str();
 }
 
 

@@ -13,6 +13,7 @@
 #include "Ixor/FastInfoset/VocabularyBuilder.h"
 #include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "EventRecorder.h"
+#include "TestSupport.h"
 #include "Poco/DirectoryIterator.h"
 #include "Poco/File.h"
 #include "Poco/NullStream.h"
@@ -21,7 +22,6 @@
 #include "Poco/Process.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
-#include "Poco/SAX/WhitespaceFilter.h"
 #include "Poco/StreamCopier.h"
 #include "Poco/TemporaryFile.h"
 #include "Poco/XML/XMLWriter.h"
@@ -80,15 +80,6 @@ Outcome fitool(const std::vector<std::string>& arguments, const std::string& inp
 }
 
 
-std::string fileContent(const std::string& path)
-{
-	std::ifstream in(path, std::ios::binary);
-	std::ostringstream content;
-	content << in.rdbuf();
-	return content.str();
-}
-
-
 std::vector<std::string> dataFiles()
 {
 	std::vector<std::string> files;
@@ -98,34 +89,6 @@ std::vector<std::string> dataFiles()
 	}
 	std::sort(files.begin(), files.end());
 	return files;
-}
-
-
-std::vector<std::string> events(const std::string& xml, bool stripWhitespace, std::string* pDoctypeName = 0)
-	/// The events of XML text as the host's parser reports them, in the
-	/// form that survives a round trip (see EventRecorder::Options).
-{
-	EventRecorder::Options options;
-	options.comparable = true;
-	options.sortAttributes = true;
-	EventRecorder recorder(options);
-	Ixor::XML::SAXParser parser;
-	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
-	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-	Ixor::XML::WhitespaceFilter filter(&parser);
-	XMLReader& reader = stripWhitespace ? static_cast<XMLReader&>(filter) : static_cast<XMLReader&>(parser);
-	recorder.attachTo(reader);
-	std::istringstream in(xml);
-	Ixor::XML::InputSource source(in);
-	reader.parse(&source);
-	if (pDoctypeName)
-	{
-		// The comparable form leaves the name out; the tool must keep it.
-		const std::string::size_type doctype = xml.find("<!DOCTYPE ");
-		*pDoctypeName = doctype == std::string::npos ? std::string()
-			: xml.substr(doctype + 10, xml.find_first_of(" >[", doctype + 10) - doctype - 10);
-	}
-	return recorder.lines;
 }
 
 
@@ -233,8 +196,8 @@ TEST_F(ToolTest, DataFilesSurviveEncodeAndDecodeWithEachOption)
 	{
 		const std::string xml = fileContent(file);
 		std::string doctype;
-		const std::vector<std::string> plain = events(xml, false, &doctype);
-		const std::vector<std::string> stripped = events(xml, true);
+		const std::vector<std::string> plain = comparableXMLEvents(xml, false, &doctype);
+		const std::vector<std::string> stripped = comparableXMLEvents(xml, true);
 		std::size_t defaultSize = 0;
 		int defaultStrings = 0;
 		for (const std::vector<std::string>& options: OPTIONS)
@@ -251,7 +214,7 @@ TEST_F(ToolTest, DataFilesSurviveEncodeAndDecodeWithEachOption)
 			ASSERT_EQ(0, decoded.status) << decoded.err;
 			std::string backDoctype;
 			const bool strip = !options.empty() && options[0] == "--strip-whitespace";
-			EXPECT_EQ("", firstDifference(strip ? stripped : plain, events(decoded.out, false, &backDoctype)));
+			EXPECT_EQ("", firstDifference(strip ? stripped : plain, comparableXMLEvents(decoded.out, false, &backDoctype)));
 			EXPECT_EQ(doctype, backDoctype);
 
 			// The listing walks the whole document.
@@ -304,14 +267,14 @@ TEST_F(ToolTest, DecodedTextEncodesToTheSameDocument)
 			const std::string first = fileContent(path("first.xml"));
 			const std::string second = fileContent(path("second.xml"));
 			const bool pretty = !options.empty() && options[0] == "--pretty";
-			EXPECT_EQ("", firstDifference(events(first, pretty), events(second, pretty)));
+			EXPECT_EQ("", firstDifference(comparableXMLEvents(first, pretty), comparableXMLEvents(second, pretty)));
 			const bool declaration = std::find(options.begin(), options.end(), "--declaration") != options.end();
 			EXPECT_EQ(declaration, first.compare(0, 14, "<?xml version=") == 0);
 
 			// Indenting changes whitespace between elements and nothing else.
 			if (pretty)
 			{
-				EXPECT_EQ("", firstDifference(events(fileContent(file), true), events(first, true)));
+				EXPECT_EQ("", firstDifference(comparableXMLEvents(fileContent(file), true), comparableXMLEvents(first, true)));
 			}
 		}
 	}

@@ -1,4 +1,5 @@
 #include "EventRecorder.h"
+#include "TestSupport.h"
 #include "Poco/NumberFormatter.h"
 #include "Poco/SAX/Attributes.h"
 #include <algorithm>
@@ -412,6 +413,24 @@ std::string firstDifference(const std::vector<std::string>& expected, const std:
 		report += "  actual:   " + (j < actual.size() ? actual[j].substr(0, 200) : std::string("(end)")) + "\n";
 	}
 	return report;
+}
+
+
+std::vector<std::string> comparableXMLEvents(const std::string& xml, bool stripWhitespace, std::string* pDoctypeName)
+{
+	EventRecorder::Options options;
+	options.comparable = true;
+	options.sortAttributes = true;
+	EventRecorder recorder(options);
+	std::istringstream in(xml);
+	parseXML(in, &recorder, &recorder, &recorder, stripWhitespace);
+	if (pDoctypeName)
+	{
+		const std::string::size_type doctype = xml.find("<!DOCTYPE ");
+		*pDoctypeName = doctype == std::string::npos ? std::string()
+			: xml.substr(doctype + 10, xml.find_first_of(" >[", doctype + 10) - doctype - 10);
+	}
+	return recorder.lines;
 }
 
 

@@ -170,6 +170,14 @@ std::string firstDifference(const std::vector<std::string>& expected, const std:
 	/// neighbours: event lists are too long to read whole.
 
 
+std::vector<std::string> comparableXMLEvents(const std::string& xml, bool stripWhitespace, std::string* pDoctypeName = 0);
+	/// The events of XML text as the host's parser reports them, with
+	/// namespaces and their prefixes, through the host's whitespace filter
+	/// when whitespace is stripped; recorded in the form that survives a
+	/// round trip, attributes sorted. That form leaves out the name of the
+	/// document type: pDoctypeName, when given, receives it.
+
+
 std::uint64_t hashOf(const char* data, std::size_t size, std::uint64_t hash = 14695981039346656037ull);
 	/// The 64-bit FNV-1a hash of the octets, continuing hash.
 

@@ -5,6 +5,7 @@
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/SAX/WhitespaceFilter.h"
 #include <algorithm>
+#include <fstream>
 #include <sstream>
 
 
@@ -31,6 +32,15 @@ std::vector<std::string> xmlFilesIn(const std::string& folder)
 	}
 	std::sort(files.begin(), files.end());
 	return files;
+}
+
+
+std::string fileContent(const std::string& path)
+{
+	std::ifstream in(path, std::ios::binary);
+	std::ostringstream content;
+	content << in.rdbuf();
+	return content.str();
 }
 
 

@@ -115,6 +115,10 @@ std::string writeDocument(const std::function<void(Ixor::FastInfoset::FastInfose
 	/// events; they start and end the document themselves.
 
 
+std::string fileContent(const std::string& path);
+	/// The octets of the file, empty when it cannot be read.
+
+
 std::vector<std::string> xmlFilesIn(const std::string& folder);
 	/// The paths of the folder's .xml files, sorted.
 

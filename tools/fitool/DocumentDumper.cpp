@@ -8,6 +8,7 @@
 #include "Ixor/FastInfoset/Vocabulary.h"
 #include "Poco/NumberFormatter.h"
 #include <algorithm>
+#include <initializer_list>
 #include <ostream>
 #include <string>
 #include <utility>
@@ -202,6 +203,7 @@ private:
 	std::string resolve(DocumentVocabulary::ID id, unsigned int index) const;
 	void chunk(const std::string& text, unsigned int algorithm);
 	void line(Poco::UInt64 offset, int depth, const std::string& text);
+	void keep(Poco::UInt64 octet, std::initializer_list<Coding> codings);
 
 	std::ostream&            _out;
 	const FastInfosetParser& _settings;
@@ -383,10 +385,7 @@ void DocumentDumper::Listing::vocabularyRead(const DocumentVocabulary&)
 
 void DocumentDumper::Listing::noteNotation(Poco::UInt64 octet, const Coding& name, const Coding& systemId, const Coding& publicId)
 {
-	_octet = octet;
-	_codings[0] = name;
-	_codings[1] = systemId;
-	_codings[2] = publicId;
+	keep(octet, {name, systemId, publicId});
 }
 
 
@@ -403,11 +402,7 @@ void DocumentDumper::Listing::notation(const std::string& name, const std::strin
 
 void DocumentDumper::Listing::noteUnparsedEntity(Poco::UInt64 octet, const Coding& name, const Coding& systemId, const Coding& publicId, const Coding& notationName)
 {
-	_octet = octet;
-	_codings[0] = name;
-	_codings[1] = systemId;
-	_codings[2] = publicId;
-	_codings[3] = notationName;
+	keep(octet, {name, systemId, publicId, notationName});
 }
 
 
@@ -454,9 +449,7 @@ void DocumentDumper::Listing::startDocument()
 //
 void DocumentDumper::Listing::noteNamespace(Poco::UInt64 octet, const Coding& prefix, const Coding& uri)
 {
-	_octet = octet;
-	_codings[0] = prefix;
-	_codings[1] = uri;
+	keep(octet, {prefix, uri});
 }
 
 
@@ -535,8 +528,7 @@ void DocumentDumper::Listing::endPrefixMapping(const std::string&)
 //
 void DocumentDumper::Listing::noteChunk(Poco::UInt64 octet, const Coding& value)
 {
-	_octet = octet;
-	_codings[0] = value;
+	keep(octet, {value});
 }
 
 
@@ -570,8 +562,7 @@ void DocumentDumper::Listing::chunk(const std::string& text, unsigned int algori
 
 void DocumentDumper::Listing::noteComment(Poco::UInt64 octet, const Coding& text)
 {
-	_octet = octet;
-	_codings[0] = text;
+	keep(octet, {text});
 }
 
 
@@ -586,9 +577,7 @@ void DocumentDumper::Listing::comment(const std::string& text)
 
 void DocumentDumper::Listing::noteProcessingInstruction(Poco::UInt64 octet, const Coding& target, const Coding& data)
 {
-	_octet = octet;
-	_codings[0] = target;
-	_codings[1] = data;
+	keep(octet, {target, data});
 }
 
 
@@ -603,9 +592,7 @@ void DocumentDumper::Listing::processingInstruction(const std::string& target, c
 
 void DocumentDumper::Listing::noteDocumentType(Poco::UInt64 octet, const Coding& systemId, const Coding& publicId)
 {
-	_octet = octet;
-	_codings[0] = systemId;
-	_codings[1] = publicId;
+	keep(octet, {systemId, publicId});
 }
 
 
@@ -652,6 +639,14 @@ void DocumentDumper::Listing::endDocument()
 void DocumentDumper::Listing::line(Poco::UInt64 offset, int depth, const std::string& text)
 {
 	_out << TextFormat::padLeft(NumberFormatter::format(offset), 8) << "  " << std::string(2 * static_cast<std::size_t>(depth), ' ') << text << '\n';
+}
+
+
+void DocumentDumper::Listing::keep(Poco::UInt64 octet, std::initializer_list<Coding> codings)
+	/// What a note tells of the item whose event comes next.
+{
+	_octet = octet;
+	std::copy(codings.begin(), codings.end(), _codings);
 }
 
 

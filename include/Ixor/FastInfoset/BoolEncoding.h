@@ -20,11 +20,11 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class FastInfoset_API BoolEncoding;
-extern template class ValueListEncoding<BoolEncoding, bool>;
+struct FastInfoset_API BoolValues;
+extern template class ValueListEncoding<BoolValues, bool>;
 
 
-class FastInfoset_API BoolEncoding: public ValueListEncoding<BoolEncoding, bool>
+class FastInfoset_API BoolEncoding: public ValueListEncoding<BoolValues, bool>
 	/// A list of booleans (algorithm 6), written as a 4-bit count of the
 	/// unused bits of the last octet followed by one bit per value. The text
 	/// form is "true" and "false" separated by single spaces.
@@ -35,9 +35,16 @@ class FastInfoset_API BoolEncoding: public ValueListEncoding<BoolEncoding, bool>
 	/// value". A count above 7 is read as it stands. check() reports
 	/// (values + 7) / 8: it leaves out the 4-bit count, so it can be one
 	/// octet less than write() produces.
+	///
+	/// Made from one value, a vector of values or text; the constructors,
+	/// the functions and these messages are those of ValueListEncoding.
+	/// What it adds are the texts of the two values, and its decode()
+	/// makes a BoolEncoding.
 {
 public:
 	typedef Ixor::AutoPtr<BoolEncoding> Ptr;
+
+	using ValueListEncoding::ValueListEncoding;
 
 	static const std::string VAL_TRUE;
 		/// "true"
@@ -45,27 +52,11 @@ public:
 	static const std::string VAL_FALSE;
 		/// "false"
 
-	explicit BoolEncoding(bool value);
-
 	BoolEncoding(const char* text) = delete;
 		/// A string literal would otherwise silently become the value true.
 
-	explicit BoolEncoding(const std::vector<bool>& values);
-		/// Throws FISEncodingException "Illegal (empty) data for BoolEncoding"
-		/// for an empty vector.
-
-	explicit BoolEncoding(const std::string& text);
-		/// Parses text. Throws FISEncodingException "Illegal (empty) data for
-		/// BoolEncoding" for an empty text and "Illegal value string for
-		/// BoolEncoding" for a text that parse() refuses.
-
 protected:
 	~BoolEncoding();
-
-private:
-	BoolEncoding();
-
-	friend class ValueListEncoding<BoolEncoding, bool>;
 };
 
 

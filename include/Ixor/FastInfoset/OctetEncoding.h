@@ -20,42 +20,56 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-template <class E>
+template <class V>
 struct OctetTraits;
-	/// What an octet class E adds to OctetEncoding: its algorithm index,
-	/// its messages and the host codec of its text form. Specialized in the
-	/// source file of E; not for use outside the library.
-	///
-	/// The header of E declares E with FastInfoset_API before it names
-	/// OctetEncoding for E, which the library instantiates once (extern
-	/// template): the base's vtable and type information are then exported
-	/// with E.
+	/// What the octets named V are: their algorithm index, their messages
+	/// and the host codec of their text form. Specialized in the library's
+	/// source file of V; not for use outside the library.
 
 
-template <class E>
+template <class V>
 class FastInfoset_API OctetEncoding: public Encoding
-	/// The common part of the binary data classes HexEncoding and
-	/// DWordEncoding: octets() holds the raw octets, which are also the
-	/// octets written; content() is their text form in E's host codec,
-	/// built when it is first asked for, so that a typed-data handler, which
-	/// takes the octets, never pays for it.
+	/// The binary data HexEncoding and DWordEncoding, one template for
+	/// both: V names the algorithm. octets() holds the raw octets, which
+	/// are also the octets written; content() is their text form in the
+	/// host codec of V, built when it is first asked for, so that a
+	/// typed-data handler, which takes the octets, never pays for it.
 	///
-	/// The messages below are those of E, as its header names them: the
-	/// zero-length message and the invalid-data message.
+	/// Each is declared below with V as FastInfoset_API and the library's
+	/// one instantiation for it (extern template), so that the vtable and
+	/// the type information are the library's.
+	///
+	/// The messages below are those of V, as its declaration names them:
+	/// the zero-length message and the invalid-data message.
 {
 public:
+	typedef Ixor::AutoPtr<OctetEncoding> Ptr;
+
+	OctetEncoding();
+		/// No data; the decode function reads into its octets.
+
+	OctetEncoding(const char* data, std::size_t length);
+		/// Copies the octets. Throws FISEncodingException with the
+		/// zero-length message when length is 0.
+
+	explicit OctetEncoding(const std::string& text);
+		/// Decodes text with the host decoder. Throws FISEncodingException
+		/// with the zero-length message for a text that yields no octets
+		/// and with the invalid-data message for a text that the decoder
+		/// refuses.
+
 	unsigned int type() const override;
-		/// E's algorithm index.
+		/// The algorithm index of V.
 
 	const std::string& octets() const;
 		/// The raw octets.
 
 	bool merge(const Encoding& other) override;
-		/// Appends the octets of another E and returns true; returns false
-		/// for any other type.
+		/// Appends the octets of another value of V and returns true;
+		/// returns false for any other type.
 
 	void append(const char* data, std::size_t length);
-		/// Appends length octets in place, as merging an E of them would.
+		/// Appends length octets in place, as merging a value of them would.
 
 	void clear();
 		/// Drops the octets, keeping the capacity, so that a writer can
@@ -74,14 +88,14 @@ public:
 		/// Sets text to the text form of octets.
 
 	static Ixor::AutoPtr<Encoding> decode(BitStreamReader& reader);
-		/// Reads one octet string into a new E.
+		/// Reads one octet string into a new value.
 
 	static Int32 check(const std::string& text);
 		/// The number of octets that text decodes to, or -1 when it is empty
 		/// or the host decoder refuses it.
 
 	static void encode(BitStreamWriter& writer, const std::string& text);
-		/// Writes the octets of text; throws as E's text constructor does.
+		/// Writes the octets of text; throws as the text constructor does.
 
 	DecodeMethod decodeMethod() const override;
 	CheckMethod checkMethod() const override;
@@ -104,23 +118,10 @@ public:
 		/// Builds the text form of the octets.
 
 protected:
-	OctetEncoding();
-		/// No data; the decode function reads into its octets.
-
-	OctetEncoding(const char* data, std::size_t length);
-		/// Copies the octets. Throws FISEncodingException with the
-		/// zero-length message when length is 0.
-
-	explicit OctetEncoding(const std::string& text);
-		/// Decodes text with the host decoder. Throws FISEncodingException
-		/// with the zero-length message for a text that yields no octets
-		/// and with the invalid-data message for a text that the decoder
-		/// refuses.
-
 	~OctetEncoding();
 
 private:
-	typedef OctetTraits<E> Traits;
+	typedef OctetTraits<V> Traits;
 
 	// The inherited _content holds the octets.
 	mutable std::string _text;   // the text form, or empty until it is asked for
@@ -130,11 +131,45 @@ private:
 //
 // inlines
 //
-template <class E>
-inline const std::string& OctetEncoding<E>::octets() const
+template <class V>
+inline const std::string& OctetEncoding<V>::octets() const
 {
 	return _content;
 }
+
+
+//
+// The kinds of octets
+//
+// Each is the template for a text form; its header includes this one. The
+// library instantiates the template once for each (extern template).
+//
+struct FastInfoset_API HexText;
+struct FastInfoset_API Base64Text;
+
+
+extern template class OctetEncoding<HexText>;
+extern template class OctetEncoding<Base64Text>;
+
+
+typedef OctetEncoding<HexText> HexEncoding;
+	/// Binary data with a hexadecimal text form (algorithm 1). octets()
+	/// holds the raw octets, which are also the octets written; content()
+	/// is the upper-case hexadecimal text, two digits per octet and nothing
+	/// between them.
+	///
+	/// Its messages are "Zero-length data for hex encoding" and "Invalid
+	/// hex-encoded data".
+
+
+typedef OctetEncoding<Base64Text> DWordEncoding;
+	/// Binary data with a base64 text form (algorithm 2). octets() holds the
+	/// raw octets, which are also the octets written; content() is the
+	/// base64 text in one line. The writer's binaryData() produces these
+	/// values.
+	///
+	/// Its messages are "Zero-length data for dword encoding" and "Invalid
+	/// base64-encoded data".
 
 
 } } // namespace Ixor::FastInfoset

@@ -1,13 +1,22 @@
+#include "Ixor/FastInfoset/OctetEncoding.h"
+#include "Ixor/FastInfoset/FISContentHandler.h"
+#include "AlgorithmTable.h"
+#include "EncodingSupport.h"
+#include "Poco/Base64Decoder.h"
+#include "Poco/Base64Encoder.h"
+#include "Poco/HexBinaryDecoder.h"
+#include "Poco/HexBinaryEncoder.h"
+#include "Poco/MemoryStream.h"
+#include "Poco/SAX/ContentHandler.h"
+#include <ostream>
+
+
+namespace Ixor {
+namespace FastInfoset {
+
+
 //
-// OctetEncodingImpl.h
-//
-// Library: FastInfoset
-// Module:  OctetEncoding
-//
-// The members of OctetEncoding. Each octet class's source file
-// specializes OctetTraits for its class, includes this header and
-// instantiates the template for its class. Internal: this header is not
-// installed.
+// The kinds of octets
 //
 // A traits class provides:
 //
@@ -21,22 +30,63 @@
 //                         decodes to
 //   textLength(count)     the characters of the text of count octets
 //
+template <>
+struct OctetTraits<HexText>
+{
+	static constexpr unsigned int TYPE = AlgorithmTable::HEXADECIMAL;
+	static constexpr const char* ZERO_LENGTH  = "Zero-length data for hex encoding";
+	static constexpr const char* INVALID_DATA = "Invalid hex-encoded data";
+
+	typedef Ixor::HexBinaryDecoder TextDecoder;
+	typedef Ixor::HexBinaryEncoder TextEncoder;
+
+	static void setUp(TextEncoder& encoder)
+	{
+		encoder.rdbuf()->setLineLength(0);
+		encoder.rdbuf()->setUppercase(true);
+	}
+
+	static std::size_t maxOctets(std::size_t length)
+	{
+		// Two digits give one octet.
+		return length/2;
+	}
+
+	static std::size_t textLength(std::size_t count)
+	{
+		return 2*count;
+	}
+};
 
 
-#ifndef FastInfoset_OctetEncodingImpl_INCLUDED
-#define FastInfoset_OctetEncodingImpl_INCLUDED
+template <>
+struct OctetTraits<Base64Text>
+{
+	static constexpr unsigned int TYPE = AlgorithmTable::BASE64;
+	static constexpr const char* ZERO_LENGTH  = "Zero-length data for dword encoding";
+	static constexpr const char* INVALID_DATA = "Invalid base64-encoded data";
+
+	typedef Ixor::Base64Decoder TextDecoder;
+	typedef Ixor::Base64Encoder TextEncoder;
+
+	static void setUp(TextEncoder& encoder)
+	{
+		encoder.rdbuf()->setLineLength(0);
+	}
+
+	static std::size_t maxOctets(std::size_t length)
+	{
+		// Four characters give at most three octets.
+		return (length + 3)/4*3;
+	}
+
+	static std::size_t textLength(std::size_t count)
+	{
+		return (count + 2)/3*4;
+	}
+};
 
 
-#include "Ixor/FastInfoset/OctetEncoding.h"
-#include "Ixor/FastInfoset/FISContentHandler.h"
-#include "EncodingSupport.h"
-#include "Poco/MemoryStream.h"
-#include "Poco/SAX/ContentHandler.h"
-#include <ostream>
-
-
-namespace Ixor {
-namespace FastInfoset {
 namespace EncodingSupport {
 
 
@@ -88,22 +138,22 @@ void appendText(const char* pOctets, std::size_t length, std::string& text)
 } // namespace EncodingSupport
 
 
-template <class E>
-OctetEncoding<E>::OctetEncoding()
+template <class V>
+OctetEncoding<V>::OctetEncoding()
 {
 }
 
 
-template <class E>
-OctetEncoding<E>::OctetEncoding(const char* data, std::size_t length):
+template <class V>
+OctetEncoding<V>::OctetEncoding(const char* data, std::size_t length):
 	Encoding(data, data ? length : 0)
 {
 	if (_content.empty()) throw FISEncodingException(Traits::ZERO_LENGTH);
 }
 
 
-template <class E>
-OctetEncoding<E>::OctetEncoding(const std::string& text)
+template <class V>
+OctetEncoding<V>::OctetEncoding(const std::string& text)
 {
 	if (text.empty()) throw FISEncodingException(Traits::ZERO_LENGTH);
 	std::size_t count = 0;
@@ -114,21 +164,21 @@ OctetEncoding<E>::OctetEncoding(const std::string& text)
 }
 
 
-template <class E>
-OctetEncoding<E>::~OctetEncoding()
+template <class V>
+OctetEncoding<V>::~OctetEncoding()
 {
 }
 
 
-template <class E>
-unsigned int OctetEncoding<E>::type() const
+template <class V>
+unsigned int OctetEncoding<V>::type() const
 {
 	return Traits::TYPE;
 }
 
 
-template <class E>
-bool OctetEncoding<E>::merge(const Encoding& other)
+template <class V>
+bool OctetEncoding<V>::merge(const Encoding& other)
 {
 	const OctetEncoding* pOther = other.type() == type() ? dynamic_cast<const OctetEncoding*>(&other) : nullptr;
 	if (!pOther) return false;
@@ -138,8 +188,8 @@ bool OctetEncoding<E>::merge(const Encoding& other)
 }
 
 
-template <class E>
-void OctetEncoding<E>::append(const char* data, std::size_t length)
+template <class V>
+void OctetEncoding<V>::append(const char* data, std::size_t length)
 {
 	if (!length) return;
 	_content.append(data, length);
@@ -147,24 +197,24 @@ void OctetEncoding<E>::append(const char* data, std::size_t length)
 }
 
 
-template <class E>
-void OctetEncoding<E>::clear()
+template <class V>
+void OctetEncoding<V>::clear()
 {
 	_content.clear();
 	_text.clear();
 }
 
 
-template <class E>
-void OctetEncoding<E>::write(BitStreamWriter& writer) const
+template <class V>
+void OctetEncoding<V>::write(BitStreamWriter& writer) const
 {
 	poco_assert(!_content.empty());
 	Encoder::nonEmptyOctetString(writer, _content);
 }
 
 
-template <class E>
-void OctetEncoding<E>::decode(BitStreamReader& reader, std::string& text)
+template <class V>
+void OctetEncoding<V>::decode(BitStreamReader& reader, std::string& text)
 {
 	text.clear();
 	unsigned long length = 0;
@@ -176,8 +226,8 @@ void OctetEncoding<E>::decode(BitStreamReader& reader, std::string& text)
 }
 
 
-template <class E>
-void OctetEncoding<E>::decode(const std::string& octets, std::string& text)
+template <class V>
+void OctetEncoding<V>::decode(const std::string& octets, std::string& text)
 {
 	if (&octets == &text)
 	{
@@ -191,18 +241,18 @@ void OctetEncoding<E>::decode(const std::string& octets, std::string& text)
 }
 
 
-template <class E>
-Ixor::AutoPtr<Encoding> OctetEncoding<E>::decode(BitStreamReader& reader)
+template <class V>
+Ixor::AutoPtr<Encoding> OctetEncoding<V>::decode(BitStreamReader& reader)
 {
-	Ixor::AutoPtr<E> pEncoding(new E);
+	Ixor::AutoPtr<OctetEncoding> pEncoding(new OctetEncoding);
 	OctetEncoding& value = *pEncoding;
 	Decoder::nonEmptyOctetString(reader, value._content);
 	return pEncoding;
 }
 
 
-template <class E>
-Int32 OctetEncoding<E>::check(const std::string& text)
+template <class V>
+Int32 OctetEncoding<V>::check(const std::string& text)
 {
 	if (text.empty()) return -1;
 	std::size_t count = 0;
@@ -211,37 +261,37 @@ Int32 OctetEncoding<E>::check(const std::string& text)
 }
 
 
-template <class E>
-void OctetEncoding<E>::encode(BitStreamWriter& writer, const std::string& text)
+template <class V>
+void OctetEncoding<V>::encode(BitStreamWriter& writer, const std::string& text)
 {
-	Ixor::AutoPtr<E> pEncoding(new E(text));
+	Ixor::AutoPtr<OctetEncoding> pEncoding(new OctetEncoding(text));
 	pEncoding->write(writer);
 }
 
 
-template <class E>
-DecodeMethod OctetEncoding<E>::decodeMethod() const
+template <class V>
+DecodeMethod OctetEncoding<V>::decodeMethod() const
 {
 	return &OctetEncoding::decode;
 }
 
 
-template <class E>
-CheckMethod OctetEncoding<E>::checkMethod() const
+template <class V>
+CheckMethod OctetEncoding<V>::checkMethod() const
 {
 	return &OctetEncoding::check;
 }
 
 
-template <class E>
-EncodeMethod OctetEncoding<E>::encodeMethod() const
+template <class V>
+EncodeMethod OctetEncoding<V>::encodeMethod() const
 {
 	return &OctetEncoding::encode;
 }
 
 
-template <class E>
-void OctetEncoding<E>::handle(Ixor::XML::ContentHandler* pHandler) const
+template <class V>
+void OctetEncoding<V>::handle(Ixor::XML::ContentHandler* pHandler) const
 {
 	if (!pHandler) return;
 	const std::string& text = content();
@@ -249,15 +299,15 @@ void OctetEncoding<E>::handle(Ixor::XML::ContentHandler* pHandler) const
 }
 
 
-template <class E>
-void OctetEncoding<E>::handle(FISContentHandler* pHandler) const
+template <class V>
+void OctetEncoding<V>::handle(FISContentHandler* pHandler) const
 {
 	if (pHandler) pHandler->binaryData(_content.data(), _content.size());
 }
 
 
-template <class E>
-const std::string& OctetEncoding<E>::content() const
+template <class V>
+const std::string& OctetEncoding<V>::content() const
 {
 	// The text of some octets is never empty: empty means not built yet.
 	if (_text.empty() && !_content.empty()) decode(_content, _text);
@@ -265,23 +315,24 @@ const std::string& OctetEncoding<E>::content() const
 }
 
 
-template <class E>
-std::string& OctetEncoding<E>::content()
+template <class V>
+std::string& OctetEncoding<V>::content()
 {
 	static_cast<const OctetEncoding&>(*this).content();
 	return _text;
 }
 
 
-template <class E>
-void OctetEncoding<E>::createContent()
+template <class V>
+void OctetEncoding<V>::createContent()
 {
 	_text.clear();
 	content();
 }
 
 
+template class OctetEncoding<HexText>;
+template class OctetEncoding<Base64Text>;
+
+
 } } // namespace Ixor::FastInfoset
-
-
-#endif // FastInfoset_OctetEncodingImpl_INCLUDED
