@@ -15,6 +15,7 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
+#include "Ixor/FastInfoset/CDataEncoding.h"
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/DocumentRestrictedAlphabet.h"
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
@@ -31,7 +32,6 @@ namespace Ixor {
 namespace FastInfoset {
 
 
-class CDataEncoding;
 class NullEncoding;
 class NullRefEncoding;
 
