@@ -64,7 +64,7 @@ std::string encodeFastInfoset(const std::string& xml)
 {
 	Poco::MemoryInputStream in(xml.data(), xml.size());
 	std::ostringstream out;
-	Ixor::FastInfoset::Converter::convertToFIS(in, out, 0, 16);
+	Ixor::FastInfoset::Converter::convertToFIS(in, out);
 	return out.str();
 }
 
@@ -364,7 +364,12 @@ private:
 	{
 		const std::size_t size = length > 0 ? static_cast<std::size_t>(length) : 0;
 		poco_assert (_list._text.size() + size < EventList::NONE);
-		add(kind, static_cast<std::uint32_t>(_list._text.size()), static_cast<std::uint32_t>(size));
+		// Adjacent character data is one event, as convertToFIS hands it to
+		// its writer.
+		if (kind == EventList::CHARACTERS && !_list._events.empty() && _list._events.back().kind == EventList::CHARACTERS)
+			_list._events.back().b += static_cast<std::uint32_t>(size);
+		else
+			add(kind, static_cast<std::uint32_t>(_list._text.size()), static_cast<std::uint32_t>(size));
 		_list._text.append(text, size);
 	}
 
@@ -725,7 +730,6 @@ void writeFastInfoset(const EventList& events, OutputBuffer& out)
 {
 	out.reset();
 	Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, Ixor::FastInfoset::DocumentVocabulary::VOC_MAP);
-	writer.setMaxIndexedStringLength(16);
 	events.replay(writer, &writer, &writer);
 }
 
@@ -734,7 +738,6 @@ void writeFastInfoset(const EventList& events, OutputBuffer& out, const Ixor::Fa
 {
 	out.reset();
 	Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, vocabulary);
-	writer.setMaxIndexedStringLength(16);
 	writer.setExternalVocabulary(vocabulary.getURI(), vocabulary);
 	events.replay(writer, &writer, &writer);
 }
@@ -772,7 +775,7 @@ void convertToFastInfoset(const std::string& xml, OutputBuffer& out)
 {
 	out.reset();
 	Poco::MemoryInputStream in(xml.data(), xml.size());
-	Ixor::FastInfoset::Converter::convertToFIS(in, out.stream(), 0, 16);
+	Ixor::FastInfoset::Converter::convertToFIS(in, out.stream());
 }
 
 

@@ -95,8 +95,10 @@ private:
 
 class EventList
 	/// The SAX events of one document as the host's SAXParser reports them
-	/// with namespaces and namespace prefixes on, kept compactly so that
-	/// replaying them costs little more than the virtual calls.
+	/// with namespaces and namespace prefixes on (adjacent character data
+	/// joined into one event, as convertToFIS joins it for its writer),
+	/// kept compactly so that replaying them costs little more than the
+	/// virtual calls.
 	///
 	/// Names and attribute values are stored once each and handed out as
 	/// references; character data is one block of memory.

@@ -20,6 +20,7 @@
 #include "BenchReport.h"
 #include "BenchSupport.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/VocabularyDocument.h"
 #include "Poco/File.h"
 #include "Poco/Path.h"
@@ -395,16 +396,25 @@ void parseInTurn(benchmark::State& state, const Samples& samples)
 }
 
 
-void writeInTurn(benchmark::State& state, const Samples& samples)
+void writeInTurn(benchmark::State& state, const Samples& samples, bool restarted)
+	/// A new writer for each document, or one writer restarted for each.
 {
 	Bench::OutputBuffer out;
+	Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, Ixor::FastInfoset::DocumentVocabulary::VOC_MAP);
+	auto write = [&](const Bench::EventList& events)
+	{
+		if (!restarted) return Bench::writeFastInfoset(events, out);
+		out.reset();
+		writer.reset(out.stream());
+		events.replay(writer, &writer, &writer);
+	};
 	inTurn(state, samples, [&]
 	{
-		for (const std::unique_ptr<Sample>& pSample: samples) Bench::writeFastInfoset(pSample->events, out);
+		for (const std::unique_ptr<Sample>& pSample: samples) write(pSample->events);
 	});
 	for (const std::unique_ptr<Sample>& pSample: samples)
 	{
-		Bench::writeFastInfoset(pSample->events, out);
+		write(pSample->events);
 		if (out.str() != pSample->fi)
 		{
 			state.SkipWithError("replayed events written as FI do not give convertToFIS's octets");
@@ -422,7 +432,13 @@ void benchFixedParseFI(benchmark::State& state)
 
 void benchFixedWriteFI(benchmark::State& state)
 {
-	guarded(state, [&] { writeInTurn(state, almostEmptySample()); });
+	guarded(state, [&] { writeInTurn(state, almostEmptySample(), false); });
+}
+
+
+void benchFixedWriteFIRestarted(benchmark::State& state)
+{
+	guarded(state, [&] { writeInTurn(state, almostEmptySample(), true); });
 }
 
 
@@ -434,7 +450,13 @@ void benchManyParseFI(benchmark::State& state)
 
 void benchManyWriteFI(benchmark::State& state)
 {
-	guarded(state, [&] { writeInTurn(state, smallSamples()); });
+	guarded(state, [&] { writeInTurn(state, smallSamples(), false); });
+}
+
+
+void benchManyWriteFIRestarted(benchmark::State& state)
+{
+	guarded(state, [&] { writeInTurn(state, smallSamples(), true); });
 }
 
 
@@ -522,9 +544,6 @@ void benchVocabularyParse(benchmark::State& state, Document* pDoc, bool withVoca
 }
 
 
-// Once a writer can start a new document on a new stream, fixed/write_fi_restarted
-// and many/write_fi_restarted keep one writer in writeInTurn's place and
-// restart it for each document; their Measure then loses its notYet.
 typedef void (*InTurnFunction)(benchmark::State&);
 
 
@@ -534,8 +553,10 @@ InTurnFunction inTurnFunction(const std::string& id)
 	{
 		{"fixed/parse_fi", benchFixedParseFI},
 		{"fixed/write_fi", benchFixedWriteFI},
+		{"fixed/write_fi_restarted", benchFixedWriteFIRestarted},
 		{"many/parse_fi", benchManyParseFI},
 		{"many/write_fi", benchManyWriteFI},
+		{"many/write_fi_restarted", benchManyWriteFIRestarted},
 	};
 	return FUNCTIONS.at(id);
 }

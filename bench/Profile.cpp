@@ -5,6 +5,7 @@
 //
 //   parse         FI -> SAX with FastInfosetParser (FILE is .fi, or XML encoded first)
 //   write         recorded SAX events -> FastInfosetWriter
+//   restart       the same into one writer restarted for every run
 //   convertToFIS  Converter::convertToFIS, XML in
 //   convertToXML  Converter::convertToXML (FILE is .fi, or XML encoded first)
 //   sax | expat | libxml2 | writexml   the XML counterparts, for comparison
@@ -18,6 +19,7 @@
 
 #include "BenchSupport.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Poco/NumberParser.h"
 #include "Poco/Path.h"
 #include "Poco/SAX/SAXParser.h"
@@ -83,6 +85,16 @@ __attribute__((noinline)) void measure(const std::string& mode, Input& input, in
 	{
 		for (int i = 0; i < count; ++i) Bench::writeFastInfoset(input.events, out);
 	}
+	else if (mode == "restart")
+	{
+		Ixor::FastInfoset::FastInfosetWriter writer(out.stream(), false, Ixor::FastInfoset::DocumentVocabulary::VOC_MAP);
+		for (int i = 0; i < count; ++i)
+		{
+			out.reset();
+			writer.reset(out.stream());
+			input.events.replay(writer, &writer, &writer);
+		}
+	}
 	else if (mode == "writexml")
 	{
 		for (int i = 0; i < count; ++i) Bench::writeXML(input.events, out);
@@ -101,7 +113,7 @@ __attribute__((noinline)) void measure(const std::string& mode, Input& input, in
 
 int usage()
 {
-	std::cerr << "usage: profile parse|write|convertToFIS|convertToXML|sax|expat|libxml2|writexml FILE [N]\n"
+	std::cerr << "usage: profile parse|write|restart|convertToFIS|convertToXML|sax|expat|libxml2|writexml FILE [N]\n"
 		"       profile encode FILE.xml\n";
 	return 2;
 }
@@ -116,7 +128,7 @@ int main(int argc, char** argv)
 	const std::string mode = argv[1];
 	const std::string path = argv[2];
 	const int count = argc > 3 ? Poco::NumberParser::parse(argv[3]) : 1;
-	static const char* const MODES[] = {"parse", "write", "convertToFIS", "convertToXML", "sax", "expat", "libxml2", "writexml", "encode"};
+	static const char* const MODES[] = {"parse", "write", "restart", "convertToFIS", "convertToXML", "sax", "expat", "libxml2", "writexml", "encode"};
 	bool known = false;
 	for (const char* m: MODES) known = known || mode == m;
 	if (!known || count < 1) return usage();
@@ -156,7 +168,7 @@ int main(int argc, char** argv)
 			std::cout << target.toString() << ": " << input.fi.size() << " octets\n";
 			return 0;
 		}
-		if (mode == "write" || mode == "writexml")
+		if (mode == "write" || mode == "restart" || mode == "writexml")
 		{
 			input.events.record(input.xml);
 			std::string().swap(input.xml);

@@ -94,6 +94,15 @@ void BitStreamWriter::putOctets(const char* data, std::size_t length)
 }
 
 
+void BitStreamWriter::restart(std::ostream& out)
+{
+	_pStream = &out;
+	_cachedBits = 0;
+	_pending = 0;
+	_used = 0;
+}
+
+
 void BitStreamWriter::complete()
 {
 	complete(_fillBit);

@@ -1,6 +1,7 @@
 #include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
+#include "TextJoiner.h"
 #include "WellFormedAdapter.h"
 #include "Poco/SAX/InputSource.h"
 #include "Poco/SAX/SAXParser.h"
@@ -59,27 +60,34 @@ void Converter::convertToFIS(std::istream& xmlIn, std::ostream& fiOut, int optio
 {
 	FastInfosetWriter writer(fiOut, false, DocumentVocabulary::VOC_MAP);
 	writer.setMaxIndexedStringLength(maxIndexedStringLength);
+	convertToFIS(xmlIn, writer, options);
+}
 
+
+void Converter::convertToFIS(std::istream& xmlIn, FastInfosetWriter& writer, int options)
+{
 	Ixor::XML::SAXParser parser;
 	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
 	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
 	Ixor::XML::InputSource source(xmlIn);
 
-	Ixor::XML::LexicalHandler* pLexicalHandler = &writer;
+	TextJoiner joiner(writer, &writer, &writer);
+	Ixor::XML::LexicalHandler* pLexicalHandler = &joiner;
+	auto parse = [&](XMLReader& reader)
+	{
+		reader.setContentHandler(&joiner);
+		reader.setDTDHandler(&joiner);
+		reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexicalHandler);
+		reader.parse(&source);
+	};
 	if (options & 0x81)
 	{
 		Ixor::XML::WhitespaceFilter filter(&parser);
-		filter.setContentHandler(&writer);
-		filter.setDTDHandler(&writer);
-		filter.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexicalHandler);
-		filter.parse(&source);
+		parse(filter);
 	}
 	else
 	{
-		parser.setContentHandler(&writer);
-		parser.setDTDHandler(&writer);
-		parser.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexicalHandler);
-		parser.parse(&source);
+		parse(parser);
 	}
 }
 

@@ -47,4 +47,12 @@ void DeferredProlog::clearItems()
 }
 
 
+void DeferredProlog::clear()
+{
+	_notations.clear();
+	_unparsedEntities.clear();
+	_items.clear();
+}
+
+
 } } // namespace Ixor::FastInfoset

@@ -65,6 +65,9 @@ public:
 
 	void clearItems();
 
+	void clear();
+		/// Forgets everything, keeping the memory of the lists.
+
 private:
 	std::vector<Notation>       _notations;
 	std::vector<UnparsedEntity> _unparsedEntities;

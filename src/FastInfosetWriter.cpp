@@ -96,6 +96,7 @@ public:
 	void appendValue(unsigned int type, const Parts&... parts);
 	void pushState(State state);
 	void popState();
+	void restart(std::ostream& out);
 
 	BitStreamWriter    bits;
 	bool               writeXMLDeclaration;
@@ -113,6 +114,9 @@ public:
 	Progress           progress;
 	bool               rootStarted;
 	std::string        text;   // scratch
+	WriterTables::Sizes startSizes;   // of the tables when the document started
+	UInt64             startRevision;   // of the vocabulary then
+	std::unique_ptr<DocumentVocabulary> pStartVocabulary;   // a copy of them, for tables that cannot forget entries
 
 private:
 	void init();
@@ -147,7 +151,7 @@ FastInfosetWriter::Impl::Impl(std::ostream& out, bool xmlDeclaration, const Docu
 
 void FastInfosetWriter::Impl::init()
 {
-	states.push_back(UNINITIALIZED);
+	states.assign(1, UNINITIALIZED);
 	progress = NOT_STARTED;
 	rootStarted = false;
 }
@@ -236,6 +240,32 @@ void FastInfosetWriter::Impl::appendValue(unsigned int type, const Parts&... par
 }
 
 
+void FastInfosetWriter::Impl::restart(std::ostream& out)
+	/// Everything as it was before the last document started, on out.
+{
+	if (progress != NOT_STARTED)
+	{
+		if (pStartVocabulary)
+		{
+			vocabulary = *pStartVocabulary;
+			pStartVocabulary.reset();
+		}
+		else if (vocabulary.revision() == startRevision)
+		{
+			// A vocabulary set during the document is kept as it is.
+			tables.truncate(startSizes);
+		}
+	}
+	bits.restart(out);
+	openElements.clear();
+	values.clear();
+	prolog.clear();
+	states.resize(1);
+	items.setInCDATA(false);
+	init();
+}
+
+
 inline void FastInfosetWriter::Impl::pushState(State state)
 {
 	states.push_back(state);
@@ -278,6 +308,12 @@ FastInfosetWriter::~FastInfosetWriter()
 }
 
 
+void FastInfosetWriter::reset(std::ostream& out)
+{
+	_pImpl->restart(out);
+}
+
+
 //
 // Document and elements
 //
@@ -291,6 +327,10 @@ void FastInfosetWriter::startDocument()
 	Impl& w = *_pImpl;
 	if (w.progress == ENDED) w.refuse("startDocument()");
 	if (w.progress != NOT_STARTED) throw FISException("startDocument() inside a document");
+	// What restart() returns to.
+	w.startRevision = w.vocabulary.revision();
+	if (w.tables.canTruncate()) w.startSizes = w.tables.sizes();
+	else w.pStartVocabulary.reset(new DocumentVocabulary(w.vocabulary));
 	w.pushState(DOCUMENT);
 	w.namespaces.startDocument();
 	w.progress = PROLOG;

@@ -1,10 +1,43 @@
 #include "HeaderWriter.h"
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/VerbTable.h"
+#include <array>
+#include <memory>
 
 
 namespace Ixor {
 namespace FastInfoset {
+
+
+namespace
+{
+	typedef std::array<std::size_t, 3 + DocumentVocabulary::CONTENT_CHARACTER_CHUNK - DocumentVocabulary::PREFIX + 1> Sizes;
+
+	Sizes sizesOf(const DocumentVocabulary& vocabulary)
+		/// The number of alphabets and of the entries of every table.
+	{
+		Sizes sizes = {vocabulary.restrictedAlphabets().alphabets().size(),
+			vocabulary.elementVocabulary()->size(), vocabulary.attributeVocabulary()->size()};
+		for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+			sizes[3 + id - DocumentVocabulary::PREFIX] = vocabulary.vocabulary(static_cast<DocumentVocabulary::ID>(id))->size();
+		return sizes;
+	}
+
+	bool holdsNoMoreThanAFreshOne(const DocumentVocabulary& vocabulary)
+		/// Whether vocabulary holds no more than a fresh one (tables only
+		/// grow, and what they hold first is what a fresh one holds), told
+		/// without building a fresh vocabulary: the common case of every
+		/// document.
+	{
+		static const Sizes FRESH = sizesOf(DocumentVocabulary(DocumentVocabulary::VOC_MAP));
+		const Sizes sizes = sizesOf(vocabulary);
+		for (std::size_t i = 0; i < sizes.size(); ++i)
+		{
+			if (sizes[i] > FRESH[i]) return false;
+		}
+		return true;
+	}
+}
 
 
 HeaderWriter::HeaderWriter(BitStreamWriter& writer, ItemWriter& items):
@@ -34,14 +67,14 @@ void HeaderWriter::write(bool xmlDeclaration, const DocumentVocabulary& vocabula
 	// Without an external vocabulary the difference to a fresh vocabulary
 	// is what the application added beforehand. The fresh one is built with
 	// map tables: the difference is the same and costs no hash slots.
-	DocumentVocabulary initialVocabulary = hasExternalVocabulary
-		? vocabulary - external
-		: vocabulary - DocumentVocabulary(DocumentVocabulary::VOC_MAP);
-	bool hasInitialVocabulary = hasExternalVocabulary || !initialVocabulary.restrictedAlphabets().alphabets().empty()
-		|| !initialVocabulary.elementVocabulary()->empty() || !initialVocabulary.attributeVocabulary()->empty();
-	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK && !hasInitialVocabulary; ++id)
+	std::unique_ptr<DocumentVocabulary> pInitial;
+	if (hasExternalVocabulary) pInitial.reset(new DocumentVocabulary(vocabulary - external));
+	else if (!holdsNoMoreThanAFreshOne(vocabulary)) pInitial.reset(new DocumentVocabulary(vocabulary - DocumentVocabulary(DocumentVocabulary::VOC_MAP)));
+	bool hasInitialVocabulary = hasExternalVocabulary || (pInitial && (!pInitial->restrictedAlphabets().alphabets().empty()
+		|| !pInitial->elementVocabulary()->empty() || !pInitial->attributeVocabulary()->empty()));
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK && pInitial && !hasInitialVocabulary; ++id)
 	{
-		hasInitialVocabulary = !initialVocabulary.vocabulary(static_cast<DocumentVocabulary::ID>(id))->empty();
+		hasInitialVocabulary = !pInitial->vocabulary(static_cast<DocumentVocabulary::ID>(id))->empty();
 	}
 
 	_writer.write(hasAdditionalData);
@@ -52,7 +85,7 @@ void HeaderWriter::write(bool xmlDeclaration, const DocumentVocabulary& vocabula
 	_writer.write(standalone);
 	_writer.write(hasVersion);
 
-	if (hasInitialVocabulary) writeInitialVocabulary(initialVocabulary, externalURI);
+	if (hasInitialVocabulary) writeInitialVocabulary(*pInitial, externalURI);
 	writeDeclarations(prolog);
 }
 

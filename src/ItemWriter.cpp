@@ -1,6 +1,7 @@
 #include "ItemWriter.h"
 #include "Ixor/FastInfoset/Encoder.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "AlgorithmTable.h"
 #include "FastEncoding.h"
 #include "PendingElement.h"
@@ -14,7 +15,7 @@ namespace FastInfoset {
 ItemWriter::ItemWriter(BitStreamWriter& writer, WriterTables& tables):
 	_writer(writer),
 	_tables(tables),
-	_maxIndexedStringLength(16),
+	_maxIndexedStringLength(FastInfosetWriter::DEFAULT_MAX_INDEXED_STRING_LENGTH),
 	_inCDATA(false)
 {
 }

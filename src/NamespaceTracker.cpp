@@ -15,14 +15,18 @@ NamespaceTracker::NamespaceTracker():
 	_uriCacheGeneration(0),
 	_attributePrefixGeneration(0)
 {
+	_namespaces.reset();
+	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
 }
 
 
 void NamespaceTracker::startDocument()
 {
-	_namespaces.reset();
+	// Back to the first context, which holds only "xml" and "xmlns": unlike
+	// a reset of the namespace support, this allocates nothing.
+	while (_contextDeclares.size() > 1) popContext();
+	_prefixCounter = 0;
 	++_generation;
-	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
 	pushContext();
 }
 

@@ -28,8 +28,8 @@ class NamespaceTracker
 	/// The prefixes in scope while a document is written, with memory: a
 	/// writer asks for the prefix of the same namespace name element after
 	/// element, and the answer changes only when a declaration comes or
-	/// goes. Also numbers the prefixes the writer makes up, for its whole
-	/// life.
+	/// goes. Also numbers the prefixes the writer makes up, from 1 in
+	/// each document.
 {
 public:
 	typedef std::pair<std::string, std::string> Declaration;
@@ -39,7 +39,7 @@ public:
 
 	void startDocument();
 		/// Only the prefixes "xml" and "xmlns", and one open context for the
-		/// document.
+		/// document; made-up prefixes start again from "ns1".
 
 	bool isMapped(const std::string& uri);
 		/// Whether a prefix in scope maps to uri.

@@ -44,6 +44,9 @@ public:
 
 	void pop();
 
+	void clear();
+		/// Pops every element.
+
 	bool topMatches(const std::string& uri, const std::string& localName, const std::string& qname, UInt64 revision) const;
 		/// As the host's XML writer compares: the same namespace name and
 		/// local name, or the same qualified name.
@@ -94,6 +97,12 @@ inline void OpenElements::pop()
 {
 	for (int i = _elements[_depth - 1].copies; i > 0; --i) _copies.pop_back();
 	--_depth;
+}
+
+
+inline void OpenElements::clear()
+{
+	while (_depth != 0) pop();
 }
 
 

@@ -4,6 +4,7 @@
 #include "Poco/FileStream.h"
 #include "Poco/SAX/Attributes.h"
 #include "Poco/SAX/InputSource.h"
+#include "TextJoiner.h"
 #include "Poco/SAX/SAXParser.h"
 #include "Poco/XML/Name.h"
 #include <algorithm>
@@ -151,7 +152,9 @@ void VocabularyBuilder::addXML(std::istream& xml)
 	Ixor::XML::SAXParser parser;
 	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
 	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-	parser.setContentHandler(this);
+	// The writer's documents hold the text between two tags as one chunk.
+	TextJoiner joiner(*this, 0, 0);
+	parser.setContentHandler(&joiner);
 	Ixor::XML::InputSource source(xml);
 	parser.parse(&source);
 }

@@ -10,9 +10,10 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_viewsRevision(~UInt64(0)),
 	_views(),
 	_nameViews(),
+	_generation(1),
 	_nameCache(),
-	_lastPrefix(),
-	_lastNamespace()
+	_recentPrefixes(),
+	_recentNamespaces()
 {
 }
 
@@ -25,8 +26,7 @@ void WriterTables::refreshViews()
 	{
 		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
 	}
-	_lastPrefix.pTable = 0;
-	_lastNamespace.pTable = 0;
+	forgetRecentLookups();
 	_viewsRevision = _vocabulary.revision();
 }
 
@@ -64,24 +64,37 @@ unsigned int WriterTables::indexOfInOther(DocumentVocabulary::ID id, const char*
 }
 
 
-FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, LastLookup& last)
-	/// find() that remembers its last answer; a table only grows, so an
-	/// index found stays right as long as the table is the same. The empty
-	/// string, the prefix and namespace name of most names, costs nothing.
+void WriterTables::forgetRecentLookups()
+{
+	for (RecentLookups* pRecent: {&_recentPrefixes, &_recentNamespaces})
+	{
+		for (RecentLookups::Entry& entry: pRecent->entries) entry.pTable = 0;
+	}
+}
+
+
+FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored)
+	/// find() that remembers its last answers; a table only grows, so an
+	/// index found stays right as long as the table is the same. pStored is
+	/// the value as the table holds it.
 {
 	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
-	if (last.pTable == pTable && last.value.size() == value.size()
-		&& (value.empty() || VocabularyHash<std::string>::equal(last.value, value.data(), value.size())))
+	for (const RecentLookups::Entry& entry: recent.entries)
 	{
-		return last.index;
+		if (entry.pTable == pTable && VocabularyHash<std::string>::equal(*entry.pStored, value.data(), value.size()))
+		{
+			pStored = entry.pStored;
+			return entry.index;
+		}
 	}
 	const unsigned int index = find(id, value.data(), value.size());
 	if (index != NOT_FOUND)
 	{
-		last.pTable = pTable;
-		last.value = value;
-		last.index = index;
-		last.pStored = &pTable->index()[index];
+		RecentLookups::Entry& entry = recent.entries[recent.next++ % RecentLookups::SIZE];
+		entry.pTable = pTable;
+		entry.pStored = &pTable->index()[index];
+		entry.index = index;
+		pStored = entry.pStored;
 	}
 	return index;
 }
@@ -89,9 +102,11 @@ FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabula
 
 unsigned int WriterTables::findName(const std::string& prefix, const std::string& uri, const std::string& localName, bool element, StoredName* pStored)
 {
-	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _lastPrefix);
+	const std::string* pStoredPrefix = 0;
+	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _recentPrefixes, pStoredPrefix);
 	if (prefixIndex == NOT_FOUND) return NOT_FOUND;
-	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _lastNamespace);
+	const std::string* pStoredURI = 0;
+	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _recentNamespaces, pStoredURI);
 	if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
 
 	// Names repeat: a name found before is recognised by its local name and
@@ -102,7 +117,7 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 	const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
 	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
 	NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
-	if (slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
+	if (slot.generation != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
 		|| slot.prefixIndex != prefixIndex || slot.namespaceIndex != namespaceIndex
 		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size()))
 	{
@@ -114,15 +129,15 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		slot.pLocalTable = pLocalTable;
 		slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
 		slot.hash = hash;
+		slot.generation = _generation;
 		slot.prefixIndex = prefixIndex;
 		slot.namespaceIndex = namespaceIndex;
 		slot.index = index;
 	}
 	if (pStored)
 	{
-		// The last lookups were those of this name's prefix and namespace.
-		pStored->pPrefix = _lastPrefix.pStored;
-		pStored->pURI = _lastNamespace.pStored;
+		pStored->pPrefix = pStoredPrefix;
+		pStored->pURI = pStoredURI;
 		pStored->pLocalName = slot.pLocalName;
 	}
 	return slot.index;
@@ -156,6 +171,54 @@ unsigned int WriterTables::addName(const QualifiedNameEntry& name, bool element)
 std::size_t WriterTables::nameCount(bool element)
 {
 	return nameViewOf(element).pTable->size();
+}
+
+
+WriterTables::Sizes WriterTables::sizes()
+{
+	Sizes result = Sizes();
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		result.strings[id] = viewOf(static_cast<DocumentVocabulary::ID>(id)).pTable->size();
+	for (bool element: {false, true}) result.names[element] = nameViewOf(element).pTable->size();
+	return result;
+}
+
+
+namespace
+{
+	template <class T, class View>
+	void truncateTable(const View& view, std::size_t size)
+	{
+		if (view.pMap) const_cast<MapVocabulary<T>*>(view.pMap)->truncate(size);
+		else const_cast<HashVocabulary<T>*>(view.pHash)->truncate(size);
+	}
+}
+
+
+bool WriterTables::canTruncate()
+{
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		const StringTableView& view = viewOf(static_cast<DocumentVocabulary::ID>(id));
+		if (!view.pMap && !view.pHash) return false;
+	}
+	for (bool element: {false, true})
+	{
+		const NameTableView& view = nameViewOf(element);
+		if (!view.pMap && !view.pHash) return false;
+	}
+	return true;
+}
+
+
+void WriterTables::truncate(const Sizes& sizes)
+{
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		truncateTable<std::string>(viewOf(static_cast<DocumentVocabulary::ID>(id)), sizes.strings[id]);
+	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
+	// Indexes remembered may now name other entries, or none.
+	++_generation;
+	forgetRecentLookups();
 }
 
 

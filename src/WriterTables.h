@@ -75,6 +75,22 @@ public:
 
 	std::size_t nameCount(bool element);
 
+	struct Sizes
+		/// How many entries each table holds.
+	{
+		std::size_t strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
+		std::size_t names[2];
+	};
+
+	Sizes sizes();
+
+	bool canTruncate();
+		/// Whether every table can forget entries (map and hash tables).
+
+	void truncate(const Sizes& sizes);
+		/// Forgets the entries added since the tables had sizes, keeping
+		/// their memory; the tables can (canTruncate()).
+
 	const std::string* stored(DocumentVocabulary::ID id, unsigned int index);
 		/// The string at index of table id as the table holds it; null for
 		/// NOT_FOUND.
@@ -94,14 +110,21 @@ private:
 		const HashVocabulary<QualifiedNameEntry>* pHash;
 	};
 
-	struct LastLookup
-		/// The last string found in one table: prefixes and namespace names
-		/// repeat from element to element.
+	struct RecentLookups
+		/// The last strings found in one table: prefixes and namespace names
+		/// repeat from element to element, and elements and their
+		/// attributes take turns with a few of them. The strings are
+		/// compared as the table holds them, where they stay in place.
 	{
-		const void*        pTable;
-		std::string        value;
-		unsigned int       index;
-		const std::string* pStored;   // the value as the table holds it
+		enum { SIZE = 4 };
+		struct Entry
+		{
+			const void*        pTable;
+			const std::string* pStored;
+			unsigned int       index;
+		};
+		Entry        entries[SIZE];
+		unsigned int next;
 	};
 
 	struct NameCacheSlot
@@ -112,6 +135,7 @@ private:
 		const void*        pLocalTable;
 		const std::string* pLocalName;
 		UInt32             hash;
+		UInt32             generation;
 		unsigned int       prefixIndex;
 		unsigned int       namespaceIndex;
 		unsigned int       index;
@@ -126,7 +150,8 @@ private:
 	void refreshViews();
 	StringTableView& viewOf(DocumentVocabulary::ID id);
 	NameTableView& nameViewOf(bool element);
-	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, LastLookup& last);
+	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored);
+	void forgetRecentLookups();
 	unsigned int findName(const QualifiedNameEntry& name, bool element);
 	unsigned int findInOther(DocumentVocabulary::ID id, const char* data, std::size_t length);
 	unsigned int indexOfInOther(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed);
@@ -137,9 +162,10 @@ private:
 	UInt64              _viewsRevision;
 	StringTableView     _views[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
 	NameTableView       _nameViews[2];
+	UInt32              _generation;   // a slot of another generation is empty
 	NameCacheSlot       _nameCache[2][NAME_CACHE_SIZE];
-	LastLookup          _lastPrefix;
-	LastLookup          _lastNamespace;
+	RecentLookups       _recentPrefixes;
+	RecentLookups       _recentNamespaces;
 	std::string         _text;   // scratch for tables that take only strings
 };
 

@@ -162,6 +162,56 @@ TEST(ConverterTest, WhitespaceIsDroppedOnlyWhenAsked)
 }
 
 
+TEST(ConverterTest, TextBetweenTwoTagsIsOneChunk)
+{
+	// The host parser cuts text at references and line ends; the chunks
+	// that reach the document are the text between two tags, so that
+	// repeated indentation repeats as an index. CDATA sections stay apart.
+	const struct { const char* xml; std::vector<std::string> chunks; } cases[] =
+	{
+		{"<r>a&amp;b&#x41;c</r>", {"characters a&bAc"}},
+		{"<r>\n\t<x/>\n\t<x/>\n</r>", {"characters \n\t", "characters \n\t", "characters \n"}},
+		{"<r>a<![CDATA[b\nc]]>d</r>", {"characters a", "characters b\nc", "characters d"}},
+		{"<r>a<!--c-->b<?p?>c</r>", {"characters a", "characters b", "characters c"}},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.xml);
+		std::istringstream in(c.xml);
+		std::ostringstream out;
+		Converter::convertToFIS(in, out);
+		EventRecorder recorder;
+		FastInfosetParser parser;
+		recorder.attachTo(parser);
+		parser.parseMemoryNP(out.str().data(), out.str().size());
+		std::vector<std::string> chunks;
+		for (const std::string& line: recorder.lines)
+		{
+			if (line.compare(0, 11, "characters ") == 0) chunks.push_back(line);
+		}
+		EXPECT_EQ(c.chunks, chunks);
+	}
+}
+
+
+TEST(ConverterTest, StringsUpToTheDefaultLengthRepeatAsIndexes)
+{
+	const std::string indexed(FastInfosetWriter::DEFAULT_MAX_INDEXED_STRING_LENGTH, 'x');
+	const std::string longer = indexed + "x";
+	for (const std::string& text: {indexed, longer})
+	{
+		std::istringstream in("<r><a>" + text + "</a><a>" + text + "</a></r>");
+		std::ostringstream out;
+		Converter::convertToFIS(in, out);
+		// Once in full; the second time as an index, or in full again.
+		const std::size_t expected = text == indexed ? 1 : 2;
+		std::size_t count = 0;
+		for (std::size_t at = out.str().find(text); at != std::string::npos; at = out.str().find(text, at + text.size())) ++count;
+		EXPECT_EQ(expected, count) << text.size();
+	}
+}
+
+
 TEST(ConverterTest, UtilityShortcutsUseTheirFixedSettings)
 {
 	const std::string xml = "<a><b>repeated</b><b>repeated</b></a>";

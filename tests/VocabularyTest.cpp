@@ -312,6 +312,68 @@ TEST(VocabularyTest, EntriesStayInPlaceAcrossChunks)
 }
 
 
+TEST(VocabularyTest, TruncatedTablesAreAsTheyWereAtThatSize)
+{
+	// Enough entries for the map tables to grow several times: what the
+	// tables keep is found where it was, what they forget is gone, and
+	// adding it again gives the indexes it had.
+	auto check = [](auto& table, auto entry)
+	{
+		std::vector<unsigned int> first;
+		bool found = false;
+		for (int i = 0; i < 1000; ++i) first.push_back(table.indexWithin(entry(i), 1u << 20, found));
+		// One entry at a time, so that every entry is once the newest one
+		// kept, next to those just forgotten.
+		const std::size_t kept = 301;   // the placeholder and 300 entries
+		for (std::size_t size = table.size() - 1; size >= kept; --size)
+		{
+			table.truncate(size);
+			EXPECT_EQ(size, table.size());
+			EXPECT_EQ(table.NOT_FOUND, table.find(entry(static_cast<int>(size - 1))));
+			for (std::size_t i = 0; i + 1 < size; ++i) ASSERT_EQ(first[i], table.find(entry(static_cast<int>(i)))) << i << " of " << size;
+		}
+		found = true;
+		for (int i = 999; i >= 300; --i) EXPECT_EQ(kept + 999 - i, table.indexWithin(entry(i), 1u << 20, found));
+		EXPECT_FALSE(found);
+		for (int i = 0; i < 1000; ++i) EXPECT_EQ(i < 300 ? first[i] : kept + 999 - i, table.find(entry(i))) << i;
+		table.truncate(0);
+		EXPECT_TRUE(table.empty());
+		EXPECT_EQ(table.NOT_FOUND, table.find(entry(0)));
+	};
+	auto text = [](int i) { return "entry " + std::to_string(i); };
+	auto name = [](int i) { return QualifiedNameEntry(i % 3, i % 7, i + 1); };
+	MapVocabulary<std::string> map(1);
+	check(map, text);
+	HashVocabulary<std::string> hash(1200);
+	check(hash, text);
+	MapVocabulary<QualifiedNameEntry> names(1);
+	check(names, name);
+	HashVocabulary<QualifiedNameEntry> hashedNames(1200);
+	check(hashedNames, name);
+}
+
+
+TEST(VocabularyTest, TruncatedEntriesLendTheirPlacesToTheNext)
+{
+	VerbTable<std::string> table;
+	for (int i = 0; i < 600; ++i) table.push_back("a string longer than a short one " + std::to_string(i));
+	const std::string* pPlace = &table[400];
+	const std::size_t capacity = table[400].capacity();
+	table.truncate(300);
+	EXPECT_EQ(300u, table.size());
+	EXPECT_EQ("index out of range", outOfRangeOf([&] { table.at(300); }));
+	VerbTable<std::string> copy(table);
+	EXPECT_EQ(300u, copy.size());
+	for (int i = 300; i < 700; ++i) table.push_back(std::to_string(i));
+	EXPECT_EQ(pPlace, &table[400]);
+	EXPECT_EQ("400", table[400]);
+	EXPECT_EQ(capacity, table[400].capacity());
+	EXPECT_EQ("699", table.at(699));
+	copy.push_back("next");
+	EXPECT_EQ("next", copy.at(300));
+}
+
+
 //
 // Document vocabulary
 //
@@ -423,10 +485,18 @@ TEST(VocabularyTest, CutBackTablesReuseTheirEntriesAndCopyOnlyWhatTheyHold)
 	EXPECT_LE(20u, spare.capacity());
 	table.truncate(0);
 	EXPECT_TRUE(table.empty());
-	for (int i = 0; i < 300; ++i) table.push_back("c");
-	EXPECT_GT(1000u, table[299].capacity());
+	table.push_back("c");
 	table.truncate(5);
-	EXPECT_EQ(5u, VerbTable<std::string>(table).size());
+	EXPECT_EQ(1u, VerbTable<std::string>(table).size());
+
+	// A vector table keeps the storage of short strings only.
+	VectorVocabulary<std::string> strings(0);
+	bool found;
+	for (int i = 0; i < 300; ++i) strings.index(std::string(i == 299 ? 1000 : 20, 'a'), found);
+	strings.truncate(1);
+	for (int i = 0; i < 300; ++i) strings.index("c", found);
+	EXPECT_GT(1000u, strings.value(299).capacity());
+	EXPECT_EQ(301u, strings.size());
 }
 
 

@@ -10,6 +10,7 @@
 #include "WriterTables.h"
 #include <gtest/gtest.h>
 #include <functional>
+#include <memory>
 #include <sstream>
 
 
@@ -101,6 +102,7 @@ TEST(WriterTest, SmallDocumentsHaveTheirExactOctets)
 		{"a 16-octet chunk is indexed, a 17-octet chunk never",
 			[](FastInfosetWriter& w)
 			{
+				w.setMaxIndexedStringLength(16);
 				w.startElement("", "r", "r");
 				w.characters("abcdefghijklmnop");
 				w.characters("abcdefghijklmnop");
@@ -798,4 +800,96 @@ TEST(WriterTest, WritersFollowOneAnotherOnOneStream)
 	EXPECT_EQ(separate[0] + separate[1] + separate[2], stream.str());
 	EXPECT_EQ((std::vector<std::string>{"startDocument", "pi only a prolog", "endDocument"}), parsed(separate[1], true));
 	EXPECT_EQ((std::vector<std::string>{"startDocument", "startElement {}d2  {}n=v", "endElement {}d2 ", "endDocument"}), parsed(separate[2], true));
+}
+
+
+TEST(WriterTest, ARestartedWriterWritesWhatANewWriterWrites)
+{
+	// Documents that share some names and strings and differ in others, one
+	// with a prefix made up for it, one with the prolog held back for the
+	// header; each setting of a writer. A writer restarted for every
+	// document, even after one it left unfinished, writes the octets of a
+	// new writer with the same settings.
+	const std::vector<std::string> documents =
+	{
+		"<r a='1'><x>text</x><x>text</x>\n</r>",
+		"<?p d?><!--c--><r a='2' b='1'><y>text</y><z xmlns='urn:z'>other</z></r>",
+		"<q:r xmlns:q='urn:q' q:a='1'><x>text</x></q:r>",
+		"<r a='1'><x>text</x><x>text</x>\n</r>",
+	};
+	DocumentVocabulary initial(DocumentVocabulary::VOC_MAP);
+	bool found = false;
+	initial.index(DocumentVocabulary::LOCAL_NAME, "x", found);
+	initial.index(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, "text", found);
+	DocumentVocabulary external("urn:ext", DocumentVocabulary::VOC_MAP);
+	external.index(DocumentVocabulary::ATTRIBUTE_VALUE, "1", found);
+	const std::vector<std::pair<const char*, std::function<FastInfosetWriter*(std::ostream&)>>> setups =
+	{
+		{"hash tables", [](std::ostream& out) { return new FastInfosetWriter(out); }},
+		{"map tables and a declaration", [](std::ostream& out) { return new FastInfosetWriter(out, true, DocumentVocabulary::VOC_MAP); }},
+		{"an initial vocabulary", [&](std::ostream& out) { return new FastInfosetWriter(out, false, initial); }},
+		{"vector tables", [](std::ostream& out) { return new FastInfosetWriter(out, false, DocumentVocabulary(DocumentVocabulary::VOC_VECTOR)); }},
+		{"an external vocabulary and a short indexed length", [&](std::ostream& out)
+			{
+				FastInfosetWriter* pWriter = new FastInfosetWriter(out, false, DocumentVocabulary::VOC_MAP);
+				pWriter->setExternalVocabulary("urn:ext", external);
+				pWriter->setMaxIndexedStringLength(3);
+				return pWriter;
+			}},
+	};
+	// How the document before the first one was left: unfinished in each
+	// state the writer tracks, or ended.
+	const std::vector<std::pair<const char*, std::function<void(FastInfosetWriter&)>>> before =
+	{
+		{"an open element", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startElement("urn:u", "unfinished", "u:unfinished", attributes({{"a", "abandoned value"}}));
+				w.characters("abandoned");
+			}},
+		{"a CDATA section with typed values", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.startElement("", "r", "r");
+				w.encodedData(7);
+				w.startCDATA();
+			}},
+		{"the prolog, inside the document type declaration", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.processingInstruction("held", "back");
+				w.notationDecl("n", 0, 0);
+				w.startDTD("r", "", "r.dtd");
+			}},
+		{"an ended document", [](FastInfosetWriter& w)
+			{
+				w.startDocument();
+				w.emptyElement("urn:e", "ended", "");
+				w.endDocument();
+			}},
+	};
+	for (const auto& setup: setups)
+	for (const auto& left: before)
+	{
+		SCOPED_TRACE(setup.first);
+		SCOPED_TRACE(left.first);
+		std::ostringstream unused;
+		std::unique_ptr<FastInfosetWriter> pRestarted(setup.second(unused));
+		left.second(*pRestarted);
+		for (const std::string& xml: documents)
+		{
+			SCOPED_TRACE(xml);
+			std::ostringstream fresh;
+			{
+				std::unique_ptr<FastInfosetWriter> pNew(setup.second(fresh));
+				std::istringstream in(xml);
+				Converter::convertToFIS(in, *pNew);
+			}
+			std::ostringstream restarted;
+			pRestarted->reset(restarted);
+			std::istringstream in(xml);
+			Converter::convertToFIS(in, *pRestarted);
+			EXPECT_EQ(toHex(fresh.str()), toHex(restarted.str()));
+		}
+	}
 }

@@ -125,9 +125,10 @@ std::vector<std::string> xmlFilesIn(const std::string& folder);
 
 void parseXML(std::istream& xml, Ixor::XML::ContentHandler* pContent, Ixor::XML::LexicalHandler* pLexical,
 	Ixor::XML::DTDHandler* pDTD, bool stripWhitespace = false);
-	/// Feeds the events of XML text to the handlers as the converter does:
-	/// the host's parser with namespaces and their prefixes, through the
-	/// host's whitespace filter when whitespace is stripped.
+	/// Feeds the events of XML text to the handlers as the converter's
+	/// parser reports them: the host's parser with namespaces and their
+	/// prefixes, through the host's whitespace filter when whitespace is
+	/// stripped (the converter then joins adjacent character data).
 
 
 } // namespace TestSupport

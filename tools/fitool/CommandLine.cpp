@@ -153,7 +153,8 @@ namespace
 		{
 			options.addOption(Option("strip-whitespace", "", "Drops ignorable whitespace (between elements)."));
 			options.addOption(Option("max-indexed-length", "", "Indexes attribute values, text, comments and processing "
-				"instruction data of at most N octets, so that they repeat as small indexes (default 16).").argument("N"));
+				"instruction data of at most N octets, so that they repeat as small indexes (default "
+				+ std::to_string(Ixor::FastInfoset::FastInfosetWriter::DEFAULT_MAX_INDEXED_STRING_LENGTH) + ").").argument("N"));
 			options.addOption(Option("xml-declaration", "", "Starts the document with the \"<?xml encoding='finf'?>\" pre-header."));
 		}
 		if (decodes)

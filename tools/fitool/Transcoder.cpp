@@ -1,9 +1,6 @@
 #include "Transcoder.h"
 #include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetWriter.h"
-#include "Poco/SAX/InputSource.h"
-#include "Poco/SAX/SAXParser.h"
-#include "Poco/SAX/WhitespaceFilter.h"
 #include "Poco/XML/XMLWriter.h"
 #include <istream>
 #include <ostream>
@@ -13,21 +10,9 @@ using Ixor::FastInfoset::Converter;
 using Ixor::FastInfoset::DocumentVocabulary;
 using Ixor::FastInfoset::FastInfosetParser;
 using Ixor::FastInfoset::FastInfosetWriter;
-using Ixor::XML::XMLReader;
 
 
 namespace Fitool {
-
-
-namespace
-{
-	void wire(XMLReader& reader, Ixor::XML::ContentHandler* pContent, Ixor::XML::DTDHandler* pDTD, Ixor::XML::LexicalHandler* pLexical)
-	{
-		reader.setContentHandler(pContent);
-		reader.setDTDHandler(pDTD);
-		reader.setProperty(XMLReader::PROPERTY_LEXICAL_HANDLER, pLexical);
-	}
-}
 
 
 void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions& options)
@@ -38,21 +23,7 @@ void Transcoder::encode(std::istream& xml, std::ostream& fi, const EncodeOptions
 	// After the indexed length, which the vocabulary's longest string raises.
 	if (options.pVocabulary) writer.setExternalVocabulary(options.pVocabulary->getURI(), *options.pVocabulary);
 
-	Ixor::XML::SAXParser parser;
-	parser.setFeature(XMLReader::FEATURE_NAMESPACES, true);
-	parser.setFeature(XMLReader::FEATURE_NAMESPACE_PREFIXES, true);
-	Ixor::XML::InputSource source(xml);
-	if (options.stripWhitespace)
-	{
-		Ixor::XML::WhitespaceFilter filter(&parser);
-		wire(filter, &writer, &writer, &writer);
-		filter.parse(&source);
-	}
-	else
-	{
-		wire(parser, &writer, &writer, &writer);
-		parser.parse(&source);
-	}
+	Converter::convertToFIS(xml, writer, options.stripWhitespace ? Converter::STRIP_WHITESPACE : 0);
 }
 
 

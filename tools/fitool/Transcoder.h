@@ -11,6 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include <cstddef>
 #include <iosfwd>
 #include <memory>
@@ -27,7 +28,7 @@ public:
 	{
 		bool stripWhitespace = false;
 			/// Drop ignorable whitespace (the host's WhitespaceFilter).
-		int maxIndexedLength = 16;
+		int maxIndexedLength = Ixor::FastInfoset::FastInfosetWriter::DEFAULT_MAX_INDEXED_STRING_LENGTH;
 			/// Strings of at most this many octets enter the vocabulary.
 		bool xmlDeclaration = false;
 			/// Start the document with "<?xml encoding='finf'?>".

@@ -87,6 +87,10 @@ public:
 		/// Pads the unfinished octet with fill, without handing anything to
 		/// the stream yet.
 
+	void restart(std::ostream& out);
+		/// Starts over on out: the bits and octets not yet handed to the
+		/// old stream are dropped.
+
 	int bitPos() const;
 		/// The number of bits already placed in the current octet (0 to 7).
 

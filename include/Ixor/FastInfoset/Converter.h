@@ -11,6 +11,7 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include <iosfwd>
 
 
@@ -36,12 +37,18 @@ public:
 			/// option bits are all below it.
 	};
 
-	static void convertToFIS(std::istream& xmlIn, std::ostream& fiOut, int options, int maxIndexedStringLength);
+	static void convertToFIS(std::istream& xmlIn, std::ostream& fiOut, int options = 0, int maxIndexedStringLength = FastInfosetWriter::DEFAULT_MAX_INDEXED_STRING_LENGTH);
 		/// Reads XML text and writes it as Fast Infoset with map tables.
 		/// With options & 0x81 whitespace between elements is dropped.
 		/// Strings of at most maxIndexedStringLength octets are indexed.
+		/// The character data between two tags goes out as one chunk, however
+		/// the host parser cuts it.
 		/// Failures are the host parser's exceptions (for example
 		/// Ixor::XML::SAXParseException) and those of FastInfosetWriter.
+
+	static void convertToFIS(std::istream& xmlIn, FastInfosetWriter& writer, int options = 0);
+		/// As above, into a writer set up by the caller (its vocabulary,
+		/// indexed length, XML declaration), which writes one document.
 
 	static void convertToXML(std::istream& fiIn, std::ostream& xmlOut, int options);
 		/// Reads one Fast Infoset document and prints it as well-formed XML

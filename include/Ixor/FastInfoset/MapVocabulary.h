@@ -11,9 +11,8 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Ixor/FastInfoset/Vocabulary.h"
+#include "Ixor/FastInfoset/HashedVocabulary.h"
 #include "Ixor/FastInfoset/VocabularyHash.h"
-#include <cstring>
 #include <vector>
 
 
@@ -22,7 +21,7 @@ namespace FastInfoset {
 
 
 template <class T>
-class FastInfoset_API MapVocabulary: public Vocabulary<T>
+class FastInfoset_API MapVocabulary: public HashedVocabulary<T, MapVocabulary<T>>
 	/// A table with an index from value to position beside the entries; no
 	/// capacity limit. A value is added once.
 	///
@@ -31,7 +30,6 @@ class FastInfoset_API MapVocabulary: public Vocabulary<T>
 	/// values only when their hashes agree.
 {
 public:
-	using Vocabulary<T>::index;
 	using Vocabulary<T>::NOT_FOUND;
 
 	explicit MapVocabulary(unsigned long capacity);
@@ -45,35 +43,12 @@ public:
 
 	MapVocabulary& operator = (const MapVocabulary&) = delete;
 
-	unsigned int index(const T& value, bool& found) override;
-	unsigned int exists(const T& value, bool& found) const override;
-
-	const T& value(unsigned int idx) const override;
-		/// Asserts that idx is below size().
-
-	std::size_t size() const override;
-	bool empty() const override;
 	Vocabulary<T>* subtract(const Vocabulary<T>& other) const override;
 	Vocabulary<T>* clone() const override;
 
-	unsigned int find(const T& value) const;
-		/// The index of value, or NOT_FOUND: exists() without the virtual
-		/// call, for the writer's lookups.
-
-	unsigned int find(const char* data, std::size_t length) const;
-		/// For tables of strings: the index of the string of length octets
-		/// at data, or NOT_FOUND; no string is built for the lookup.
-
-	unsigned int indexWithin(const T& value, std::size_t maxIndex, bool& found);
-		/// The index of value; a new value is added only while its index
-		/// would not pass maxIndex, else the result is NOT_FOUND and nothing
-		/// changes.
-
-	unsigned int indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found);
-		/// For tables of strings: indexWithin() of the string of length octets
-		/// at data, which is built only to be added.
-
 private:
+	friend class HashedVocabulary<T, MapVocabulary<T>>;
+
 	struct Slot
 	{
 		UInt32   hash;
@@ -81,10 +56,13 @@ private:
 		const T* pEntry;   // the stored entry, which never moves
 	};
 
-	UInt32 find(const T& value, UInt32 hash) const;
-	std::size_t slotOf(const char* data, std::size_t length, UInt32 hash) const;
-	void grow();
-	unsigned int store(const T& value, std::size_t slot, UInt32 hash);
+	template <class Matches>
+	bool walk(UInt32 hash, std::size_t& slot, Matches matches) const;
+	unsigned int indexAt(std::size_t slot) const;
+	bool hasRoom(std::size_t maxIndex) const;
+	bool makeRoom();
+	void place(std::size_t slot, UInt32 hash, UInt32 index);
+	void free(std::size_t slot);
 
 	std::vector<Slot> _slots;
 	std::size_t       _used;
@@ -109,7 +87,7 @@ MapVocabulary<T>::MapVocabulary(DontInitialize):
 
 template <class T>
 MapVocabulary<T>::MapVocabulary(const MapVocabulary& other):
-	Vocabulary<T>(other),
+	HashedVocabulary<T, MapVocabulary<T>>(other),
 	_slots(other._slots),
 	_used(other._used)
 {
@@ -122,152 +100,71 @@ MapVocabulary<T>::MapVocabulary(const MapVocabulary& other):
 
 
 template <class T>
-inline UInt32 MapVocabulary<T>::find(const T& value, UInt32 hash) const
-	/// The slot that holds value, or the free slot where it belongs.
+template <class Matches>
+inline bool MapVocabulary<T>::walk(UInt32 hash, std::size_t& slot, Matches matches) const
+	/// Walks the linear probe sequence of hash until it meets an entry that
+	/// matches (true) or a free slot (false, slot is where the value
+	/// belongs).
 {
+	if (_slots.empty()) return false;
 	const std::size_t mask = _slots.size() - 1;
-	std::size_t i = hash & mask;
-	for (;;)
+	for (slot = hash & mask; ; slot = (slot + 1) & mask)
 	{
-		const Slot& slot = _slots[i];
-		if (slot.index == NOT_FOUND || (slot.hash == hash && *slot.pEntry == value)) return static_cast<UInt32>(i);
-		i = (i + 1) & mask;
+		const Slot& s = _slots[slot];
+		if (s.index == NOT_FOUND) return false;
+		if (s.hash == hash && matches(*s.pEntry)) return true;
 	}
 }
 
 
 template <class T>
-inline unsigned int MapVocabulary<T>::find(const T& value) const
+inline unsigned int MapVocabulary<T>::indexAt(std::size_t slot) const
 {
-	return _slots.empty() ? NOT_FOUND : _slots[find(value, VocabularyHash<T>()(value))].index;
+	return _slots[slot].index;
 }
 
 
 template <class T>
-inline std::size_t MapVocabulary<T>::slotOf(const char* data, std::size_t length, UInt32 hash) const
-	/// The slot that holds the string of length octets at data, or the free
-	/// slot where it belongs.
+inline bool MapVocabulary<T>::hasRoom(std::size_t maxIndex) const
 {
-	const std::size_t mask = _slots.size() - 1;
-	for (std::size_t i = hash & mask; ; i = (i + 1) & mask)
-	{
-		const Slot& slot = _slots[i];
-		if (slot.index == NOT_FOUND || (slot.hash == hash && VocabularyHash<std::string>::equal(*slot.pEntry, data, length))) return i;
-	}
+	return this->_index.size() <= maxIndex;
 }
 
 
 template <class T>
-inline unsigned int MapVocabulary<T>::find(const char* data, std::size_t length) const
+bool MapVocabulary<T>::makeRoom()
 {
-	if (_slots.empty()) return NOT_FOUND;
-	return _slots[slotOf(data, length, VocabularyHash<std::string>::bytes(data, length))].index;
-}
-
-
-template <class T>
-unsigned int MapVocabulary<T>::indexWithin(const char* data, std::size_t length, std::size_t maxIndex, bool& found)
-{
-	const UInt32 hash = VocabularyHash<std::string>::bytes(data, length);
-	std::size_t i = _slots.empty() ? 0 : slotOf(data, length, hash);
-	found = !_slots.empty() && _slots[i].index != NOT_FOUND;
-	if (found) return _slots[i].index;
-	if (this->_index.size() > maxIndex) return NOT_FOUND;
-	if (2 * (_used + 1) > _slots.size())
-	{
-		grow();
-		i = slotOf(data, length, hash);
-	}
-	return store(std::string(data, length), i, hash);
-}
-
-
-template <class T>
-unsigned int MapVocabulary<T>::store(const T& value, std::size_t slot, UInt32 hash)
-{
-	// The entry is stored before the slot refers to it, so that a failed
-	// append leaves the table as it was.
-	const UInt32 idx = static_cast<UInt32>(this->_index.size());
-	this->_index.push_back(value);
-	Slot& stored = _slots[slot];
-	stored.hash = hash;
-	stored.index = idx;
-	stored.pEntry = &this->_index[idx];
-	++_used;
-	return idx;
-}
-
-
-template <class T>
-void MapVocabulary<T>::grow()
-{
+	if (2 * (_used + 1) <= _slots.size()) return false;
+	// The entries go into the new slots in the order they were added, as if
+	// added there one by one: truncation, newest first, relies on it.
 	std::vector<Slot> slots(_slots.empty() ? 64 : 2 * _slots.size(), Slot{0, NOT_FOUND, 0});
 	const std::size_t mask = slots.size() - 1;
-	for (const Slot& slot: _slots)
+	for (std::size_t idx = 0; idx < this->_index.size(); ++idx)
 	{
-		if (slot.index == NOT_FOUND) continue;
-		std::size_t i = slot.hash & mask;
+		const T& entry = this->_index[idx];
+		const UInt32 hash = VocabularyHash<T>()(entry);
+		std::size_t i = hash & mask;
 		while (slots[i].index != NOT_FOUND) i = (i + 1) & mask;
-		slots[i] = slot;
+		slots[i] = Slot{hash, static_cast<UInt32>(idx), &entry};
 	}
 	_slots.swap(slots);
+	return true;
 }
 
 
 template <class T>
-unsigned int MapVocabulary<T>::indexWithin(const T& value, std::size_t maxIndex, bool& found)
+inline void MapVocabulary<T>::place(std::size_t slot, UInt32 hash, UInt32 index)
 {
-	if (2 * (_used + 1) > _slots.size()) grow();
-	const UInt32 hash = VocabularyHash<T>()(value);
-	const UInt32 i = find(value, hash);
-	found = _slots[i].index != NOT_FOUND;
-	if (found) return _slots[i].index;
-	if (this->_index.size() > maxIndex) return NOT_FOUND;
-	return store(value, i, hash);
+	_slots[slot] = Slot{hash, index, &this->_index[index]};
+	++_used;
 }
 
 
 template <class T>
-unsigned int MapVocabulary<T>::index(const T& value, bool& found)
+inline void MapVocabulary<T>::free(std::size_t slot)
 {
-	return indexWithin(value, NOT_FOUND, found);
-}
-
-
-template <class T>
-unsigned int MapVocabulary<T>::exists(const T& value, bool& found) const
-{
-	if (_slots.empty())
-	{
-		found = false;
-		return NOT_FOUND;
-	}
-	const UInt32 i = find(value, VocabularyHash<T>()(value));
-	const UInt32 idx = _slots[i].index;
-	found = idx != NOT_FOUND;
-	return idx;
-}
-
-
-template <class T>
-const T& MapVocabulary<T>::value(unsigned int idx) const
-{
-	poco_assert(this->_index.size() > idx);
-	return this->_index[idx];
-}
-
-
-template <class T>
-std::size_t MapVocabulary<T>::size() const
-{
-	return this->_index.size();
-}
-
-
-template <class T>
-bool MapVocabulary<T>::empty() const
-{
-	return this->_index.empty();
+	_slots[slot].index = NOT_FOUND;
+	--_used;
 }
 
 

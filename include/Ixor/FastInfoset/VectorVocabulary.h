@@ -12,6 +12,7 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/Vocabulary.h"
+#include <string>
 
 
 namespace Ixor {
@@ -116,9 +117,26 @@ bool VectorVocabulary<T>::empty() const
 }
 
 
+namespace VectorVocabularyDetail
+{
+	template <class T>
+	inline void releaseLong(T&)
+	{
+	}
+
+	inline void releaseLong(std::string& dropped)
+		/// What one document added stays for the next as spare storage, but
+		/// only as much as short strings need.
+	{
+		if (dropped.capacity() > 256) std::string().swap(dropped);
+	}
+}
+
+
 template <class T>
 void VectorVocabulary<T>::truncate(std::size_t size)
 {
+	for (std::size_t i = size; i < this->_index.size(); ++i) VectorVocabularyDetail::releaseLong(this->_index[i]);
 	this->_index.truncate(size);
 }
 

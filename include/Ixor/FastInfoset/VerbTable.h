@@ -11,10 +11,10 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
+#include <algorithm>
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
-#include <string>
 #include <utility>
 #include <vector>
 #if defined(_MSC_VER)
@@ -31,11 +31,6 @@ class VerbTable
 	/// The entry store of a vocabulary table: entries in chunks of 256, 512,
 	/// 1024, ... entries. A stored entry never moves, so references to it
 	/// stay valid until the table is destroyed; growing copies no entry.
-	///
-	/// A table cut back by truncate() keeps the entries it drops as spare
-	/// objects, and push_back() assigns into them: a table that is filled
-	/// and cut back again and again, once per document, allocates nothing
-	/// once it has reached its size.
 {
 public:
 	static const std::size_t FIRST_CHUNK = 256;
@@ -57,9 +52,15 @@ public:
 	void push_back(const T& value);
 		/// Appends value; its index is the size before.
 
+	template <class... Args>
+	void emplace_back(const Args&... args);
+		/// Appends T(args...). A place that truncate() freed takes it by
+		/// assignment (a string's assign() for other arguments than a T),
+		/// so that it keeps its memory.
+
 	T& extend();
-		/// Appends an entry and returns it for the caller to set: a spare
-		/// object as truncate() left it, or T().
+		/// Appends an entry and returns it for the caller to set: a place
+		/// that truncate() freed as it was left, or T().
 
 	std::size_t size() const;
 		/// The number of entries.
@@ -68,9 +69,10 @@ public:
 		/// True when the table holds no entry.
 
 	void truncate(std::size_t size);
-		/// Drops the entries from index size on; the indexes below keep
-		/// their entries, and references to them stay valid. Long strings
-		/// among the dropped entries are released.
+		/// Forgets the entries from index size on (nothing when size is not
+		/// below size()). Their storage, a string's buffer included, is kept
+		/// and taken by the entries appended next, so that a table filled
+		/// again to where it was allocates nothing.
 
 	T& at(std::size_t i);
 	const T& at(std::size_t i) const;
@@ -87,12 +89,12 @@ private:
 	static std::size_t chunkCapacity(std::size_t chunk);
 	static std::size_t chunkOf(std::size_t i, std::size_t& offset);
 	static int highestBit(std::size_t value);
-	Chunk& chunkFor(std::size_t i, std::size_t& offset);
-	static void release(std::string& dropped);
-	template <class U> static void release(U&) {}
+	static void assign(T& place, const T& value);
+	template <class... Args>
+	static void assign(T& place, const Args&... args);
 
-	std::vector<std::unique_ptr<Chunk>> _chunks;   // each holds the entries and the spare objects after them
-	std::size_t _size;                              // the entries
+	std::vector<std::unique_ptr<Chunk>> _chunks;
+	std::size_t _size;
 };
 
 
@@ -154,6 +156,13 @@ inline bool VerbTable<T>::empty() const
 
 
 template <class T>
+void VerbTable<T>::truncate(std::size_t size)
+{
+	if (size < _size) _size = size;
+}
+
+
+template <class T>
 inline T& VerbTable<T>::at(std::size_t i)
 {
 	if (i >= _size) throw std::out_of_range("index out of range");
@@ -198,20 +207,19 @@ template <class T>
 VerbTable<T>::VerbTable(const VerbTable& other):
 	_size(0)
 {
-	// Only the entries are copied, not the other's spare objects.
-	std::size_t left = other._size;
 	_chunks.reserve(other._chunks.size());
-	for (std::size_t k = 0; k < other._chunks.size() && left > 0; ++k)
+	for (std::size_t k = 0; k < other._chunks.size(); ++k)
 	{
 		// A copied vector may get less capacity than the policy wants; the
 		// reserve keeps later appends from moving the copied entries.
-		const Chunk& source = *other._chunks[k];
-		const std::size_t count = left < source.size() ? left : source.size();
 		std::unique_ptr<Chunk> pChunk(new Chunk);
 		pChunk->reserve(chunkCapacity(k));
-		pChunk->insert(pChunk->end(), source.begin(), source.begin() + static_cast<std::ptrdiff_t>(count));
+		// Entries forgotten by truncate() are not copied.
+		const std::size_t first = chunkCapacity(k) - FIRST_CHUNK;
+		if (first >= other._size) break;
+		const std::size_t count = std::min(other._chunks[k]->size(), other._size - first);
+		pChunk->insert(pChunk->end(), other._chunks[k]->begin(), other._chunks[k]->begin() + count);
 		_chunks.push_back(std::move(pChunk));
-		left -= count;
 	}
 	_size = other._size;
 }
@@ -263,16 +271,9 @@ void VerbTable<T>::swap(VerbTable& other) noexcept
 
 
 template <class T>
-void VerbTable<T>::push_back(const T& value)
+inline void VerbTable<T>::push_back(const T& value)
 {
-	std::size_t offset;
-	Chunk& entries = chunkFor(_size, offset);
-	// A spare object left by truncate() keeps its storage; a new entry is
-	// copied in place, below the reserved capacity, so nothing moves.
-	if (offset < entries.size()) entries[offset] = value;
-	else entries.push_back(value);
-	// Counted once stored, so that a failed copy adds nothing.
-	++_size;
+	emplace_back(value);
 }
 
 
@@ -280,49 +281,59 @@ template <class T>
 T& VerbTable<T>::extend()
 {
 	std::size_t offset;
-	Chunk& entries = chunkFor(_size, offset);
-	if (offset == entries.size()) entries.emplace_back();
-	++_size;
-	return entries[offset];
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
+	{
+		++_size;
+		return (*_chunks[chunk])[offset];
+	}
+	emplace_back(T());
+	return (*_chunks[chunk])[offset];
 }
 
 
 template <class T>
-typename VerbTable<T>::Chunk& VerbTable<T>::chunkFor(std::size_t i, std::size_t& offset)
-	/// The chunk that holds index i, made when it is the next one.
+inline void VerbTable<T>::assign(T& place, const T& value)
 {
-	const std::size_t chunk = chunkOf(i, offset);
-	if (chunk == _chunks.size())
+	place = value;
+}
+
+
+template <class T>
+template <class... Args>
+inline void VerbTable<T>::assign(T& place, const Args&... args)
+{
+	place.assign(args...);
+}
+
+
+template <class T>
+template <class... Args>
+void VerbTable<T>::emplace_back(const Args&... args)
+{
+	std::size_t offset;
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
+	{
+		// A place that truncate() freed; the size grows only once it is set.
+		assign((*_chunks[chunk])[offset], args...);
+		++_size;
+		return;
+	}
+	const std::size_t chunks = _chunks.size();
+	if (chunks == 0 || _chunks.back()->size() == chunkCapacity(chunks - 1))
 	{
 		std::unique_ptr<Chunk> pChunk(new Chunk);
-		pChunk->reserve(chunkCapacity(chunk));
+		pChunk->reserve(chunkCapacity(chunks));
+		pChunk->emplace_back(args...);
 		_chunks.push_back(std::move(pChunk));
 	}
-	return *_chunks[chunk];
-}
-
-
-template <class T>
-void VerbTable<T>::truncate(std::size_t size)
-{
-	if (size >= _size) return;
-	std::size_t offset;
-	std::size_t chunk = chunkOf(size, offset);
-	for (std::size_t i = size; i < _size; ++chunk, offset = 0)
+	else
 	{
-		Chunk& entries = *_chunks[chunk];
-		for (; offset < entries.size() && i < _size; ++offset, ++i) release(entries[offset]);
+		// Below the reserved capacity: emplace_back never reallocates.
+		_chunks.back()->emplace_back(args...);
 	}
-	_size = size;
-}
-
-
-template <class T>
-inline void VerbTable<T>::release(std::string& dropped)
-	/// What one document added stays for the next as spare capacity, but
-	/// only as much as short strings need.
-{
-	if (dropped.capacity() > 256) std::string().swap(dropped);
+	++_size;
 }
 
 
