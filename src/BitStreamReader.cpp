@@ -172,7 +172,7 @@ void BitStreamReader::refillBuffer()
 {
 	poco_assert(_pStream);
 	_octetsBefore += static_cast<std::size_t>(_cachedBits / 8);
-	std::size_t count = readFromStream(reinterpret_cast<char*>(_pOwnBuffer), BUFFER_SIZE);
+	std::size_t count = readFromStream(reinterpret_cast<char*>(_pOwnBuffer), BUFFER_SIZE, true);
 	_cachedBits = static_cast<UInt64>(count) * 8;
 	_bitOffset = 0;
 }
@@ -180,48 +180,68 @@ void BitStreamReader::refillBuffer()
 
 void BitStreamReader::refillBufferIfLessThan(int numBits)
 {
-	Int64 unreadBits = cachedBits();
-	if (unreadBits < numBits) refillBufferIfLessThanImpl(unreadBits);
+	if (cachedBits() < numBits) fill(numBits);
 }
 
 
 bool BitStreamReader::fill(int numBits)
-	/// The slow path of ensure(): refills a stream buffer, keeping the unread
-	/// bits. A memory block has nothing more to give.
+	/// The slow path of ensure(): waits for the stream until numBits bits
+	/// are buffered or it ends. A memory block has nothing more to give.
 {
-	if (_pStream && !_overrun)
+	if (!_pStream || _overrun) return false;
+	while (cachedBits() < numBits && take(true))
 	{
-		refillBufferIfLessThanImpl(cachedBits());
-		return cachedBits() >= numBits;
 	}
-	return false;
+	return cachedBits() >= numBits;
 }
 
 
-void BitStreamReader::refillBufferIfLessThanImpl(Int64 unreadBits)
+void BitStreamReader::takeAtHand(int needed)
+	/// window()'s slow path: what the stream has at hand, and more only as
+	/// far as needed.
 {
-	poco_assert(unreadBits == cachedBits());
-	poco_assert(unreadBits >= 0);
-	poco_assert(_pStream);
+	if (_overrun) return;
+	take(false);
+	while (cachedBits() < needed && take(true))
+	{
+	}
+}
 
+
+bool BitStreamReader::take(bool wait)
+	/// Moves the unread octets to the front of the buffer and appends what
+	/// the stream gives; when wait, it waits for at least one octet. Returns
+	/// false when the buffer is full or the stream gave nothing.
+{
+	poco_assert(_pStream);
+	const Int64 unreadBits = cachedBits();
+	poco_assert(unreadBits >= 0);
 	const std::size_t keep = static_cast<std::size_t>((unreadBits + 7) / 8);
 	const std::size_t validOctets = static_cast<std::size_t>(_cachedBits / 8);
-	if (unreadBits > 0)
-	{
-		poco_assert((_cachedBits % Utility::SIZEOFCHARINBIT) == 0);
-		std::memmove(_pOwnBuffer, _pOwnBuffer + validOctets - keep, keep);
-	}
+	if (keep > 0 && validOctets > keep) std::memmove(_pOwnBuffer, _pOwnBuffer + validOctets - keep, keep);
 	_octetsBefore += validOctets - keep;
 	_bitOffset = keep > 0 ? _bitOffset % 8 : 0;
-	std::size_t count = readFromStream(reinterpret_cast<char*>(_pOwnBuffer) + keep, BUFFER_SIZE - keep);
-	_cachedBits = static_cast<UInt64>(count + keep) * 8;
+	_cachedBits = static_cast<UInt64>(keep) * 8;
+	if (keep >= static_cast<std::size_t>(BUFFER_SIZE)) return false;
+	const std::size_t count = readFromStream(reinterpret_cast<char*>(_pOwnBuffer) + keep, BUFFER_SIZE - keep, wait);
+	_cachedBits += static_cast<UInt64>(count) * 8;
+	return count > 0;
 }
 
 
-std::size_t BitStreamReader::readFromStream(char* pBuf, std::size_t n)
+std::size_t BitStreamReader::readFromStream(char* pBuf, std::size_t n, bool wait)
+	/// What the stream holds already; when that is nothing and wait, one
+	/// octet that it waits for and what came with it. istream::read() would
+	/// wait for all n octets, which on a pipe may come only with the next
+	/// document.
 {
-	_pStream->read(pBuf, static_cast<std::streamsize>(n));
-	std::streamsize count = _pStream->gcount();
+	std::streamsize count = _pStream->good() ? _pStream->readsome(pBuf, static_cast<std::streamsize>(n)) : 0;
+	if (count == 0 && wait)
+	{
+		_pStream->read(pBuf, 1);
+		count = _pStream->gcount();
+		if (count == 1 && n > 1 && _pStream->good()) count += _pStream->readsome(pBuf + 1, static_cast<std::streamsize>(n - 1));
+	}
 	if (count == 0 && !_pStream->good() && !_pStream->eof())
 		throw Ixor::IOException("error reading stream while parsing Fast Infoset document");
 	return static_cast<std::size_t>(count);

@@ -135,7 +135,7 @@ void Decoder::integer(BitStreamReader& aReader, unsigned int& val)
 {
 	int available = 0;
 	int size = 0;
-	const UInt64 window = aReader.window(available);
+	const UInt64 window = aReader.window(available, 1);
 	if (FastDecoding::integerAt(aReader.bitPos(), window, available, val, size))
 	{
 		aReader.advance(size);
@@ -173,7 +173,7 @@ void Decoder::nonEmptyStringLength(BitStreamReader& aReader, unsigned long& strL
 	int available = 0;
 	int size = 0;
 	std::size_t length = 0;
-	const UInt64 window = aReader.window(available);
+	const UInt64 window = aReader.window(available, 1);
 	if (FastDecoding::stringLengthAt(aReader.bitPos(), window, available, length, size))
 	{
 		aReader.advance(size);

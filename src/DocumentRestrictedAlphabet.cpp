@@ -34,6 +34,19 @@ void DocumentRestrictedAlphabet::addDummy()
 }
 
 
+void DocumentRestrictedAlphabet::restore(const DocumentRestrictedAlphabet& base)
+{
+	const std::size_t count = base._alphabets.size();
+	bool startsWithBase = _alphabets.size() >= count;
+	for (std::size_t i = 0; startsWithBase && i < count; ++i)
+	{
+		startsWithBase = _alphabets[i].characters() == base._alphabets[i].characters();
+	}
+	if (startsWithBase) _alphabets.resize(count);
+	else _alphabets = base._alphabets;
+}
+
+
 DocumentRestrictedAlphabet DocumentRestrictedAlphabet::operator - (const DocumentRestrictedAlphabet& other) const
 {
 	poco_assert(other.alphabets().size() <= _alphabets.size());

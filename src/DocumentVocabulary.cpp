@@ -42,7 +42,8 @@ DocumentVocabulary::DocumentVocabulary(DontInitialize):
 	_impl(VOC_HASH),
 	_pElementVocabulary(0),
 	_pAttributeVocabulary(0),
-	_revision(0)
+	_revision(0),
+	_vectorTables(false)
 {
 }
 
@@ -58,7 +59,8 @@ DocumentVocabulary::DocumentVocabulary(const std::string& uri, VocabularyImpl im
 	_pElementVocabulary(0),
 	_pAttributeVocabulary(0),
 	_uri(uri),
-	_revision(0)
+	_revision(0),
+	_vectorTables(false)
 {
 	try
 	{
@@ -76,7 +78,8 @@ DocumentVocabulary::DocumentVocabulary(const DocumentVocabulary& other):
 	_impl(VOC_HASH),
 	_pElementVocabulary(0),
 	_pAttributeVocabulary(0),
-	_revision(0)
+	_revision(0),
+	_vectorTables(false)
 {
 	try
 	{
@@ -120,6 +123,7 @@ void DocumentVocabulary::swapContent(DocumentVocabulary& other)
 	std::swap(_pElementVocabulary, other._pElementVocabulary);
 	std::swap(_pAttributeVocabulary, other._pAttributeVocabulary);
 	_uri.swap(other._uri);
+	std::swap(_vectorTables, other._vectorTables);
 }
 
 
@@ -128,6 +132,7 @@ void DocumentVocabulary::initialize(ID vocabulary, Vocabulary<std::string>* pTab
 	std::unique_ptr<Vocabulary<std::string>> pOwned(pTable);
 	poco_assert(vocabulary > DocumentVocabulary::ENCODING_ALGORITHM && vocabulary < DocumentVocabulary::ELEMENT_NAME);
 	++_revision;
+	_vectorTables = false;
 	// A vocabulary without tables gets empty slots, so that tables can be
 	// given one by one.
 	if (_vocabularies.size() < TABLE_SLOTS) _vocabularies.resize(TABLE_SLOTS, 0);
@@ -193,6 +198,13 @@ void DocumentVocabulary::reset()
 	const int impl = static_cast<int>(_impl);
 	if (impl != VOC_HASH && impl != VOC_MAP && impl != VOC_VECTOR)
 		throw Ixor::InvalidArgumentException("Unknown vocabulary implementation kind");
+	// The placeholders, and "xml" and its namespace.
+	static const std::size_t FRESH_SIZES[TABLE_SLOTS] = {0, 0, 2, 2, 1, 1, 1, 1, 1, 1};
+	if (_impl == VOC_VECTOR && truncateTables(FRESH_SIZES, 1, 1))
+	{
+		++_revision;
+		return;
+	}
 
 	clear();
 	_vocabularies.reserve(TABLE_SLOTS);
@@ -208,9 +220,42 @@ void DocumentVocabulary::reset()
 		break;
 	case VOC_VECTOR:
 		create<VectorVocabulary<std::string>, VectorVocabulary<QualifiedNameEntry>>();
+		_vectorTables = true;
 		break;
 	}
 	init();
+}
+
+
+bool DocumentVocabulary::truncate(const DocumentVocabulary& base)
+{
+	if (base._vocabularies.size() != TABLE_SLOTS || !base._pElementVocabulary || !base._pAttributeVocabulary) return false;
+	std::size_t sizes[TABLE_SLOTS] = {};
+	for (int id = PREFIX; id <= CONTENT_CHARACTER_CHUNK; ++id) sizes[id] = base._vocabularies[id]->size();
+	if (!truncateTables(sizes, base._pElementVocabulary->size(), base._pAttributeVocabulary->size())) return false;
+	++_revision;
+	_alphabets.restore(base._alphabets);
+	return true;
+}
+
+
+bool DocumentVocabulary::truncateTables(const std::size_t stringSizes[], std::size_t elementNames, std::size_t attributeNames)
+	/// Vector tables only append, so what was added since they had these
+	/// sizes is a suffix, and cutting it off restores them.
+{
+	if (!_vectorTables || _vocabularies.size() != TABLE_SLOTS) return false;
+	for (int id = PREFIX; id <= CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		if (_vocabularies[id]->size() < stringSizes[id]) return false;
+	}
+	if (_pElementVocabulary->size() < elementNames || _pAttributeVocabulary->size() < attributeNames) return false;
+	for (int id = PREFIX; id <= CONTENT_CHARACTER_CHUNK; ++id)
+	{
+		static_cast<VectorVocabulary<std::string>*>(_vocabularies[id])->truncate(stringSizes[id]);
+	}
+	static_cast<VectorVocabulary<QualifiedNameEntry>*>(_pElementVocabulary)->truncate(elementNames);
+	static_cast<VectorVocabulary<QualifiedNameEntry>*>(_pAttributeVocabulary)->truncate(attributeNames);
+	return true;
 }
 
 
@@ -245,6 +290,7 @@ void DocumentVocabulary::init()
 void DocumentVocabulary::clear()
 {
 	++_revision;
+	_vectorTables = false;
 	for (Vocabulary<std::string>* pTable: _vocabularies) delete pTable;
 	_vocabularies.clear();
 	delete _pElementVocabulary;
@@ -271,6 +317,8 @@ void DocumentVocabulary::copy(const DocumentVocabulary& other)
 	_encodings = other._encodings;
 	if (other._pElementVocabulary) _pElementVocabulary = other._pElementVocabulary->clone();
 	if (other._pAttributeVocabulary) _pAttributeVocabulary = other._pAttributeVocabulary->clone();
+	// Clones are tables of the same kind.
+	_vectorTables = other._vectorTables;
 }
 
 

@@ -16,6 +16,7 @@
 #include "ItemReader.h"
 #include "VocabularyFileLoader.h"
 #include <climits>
+#include <cstring>
 #include <cstdint>
 #include <vector>
 
@@ -37,10 +38,27 @@ namespace
 	// are kept, so that their strings keep their capacity: so many lists
 	// for each number of attributes.
 	const std::size_t POOLED_ATTRIBUTE_COUNTS = 32;
-	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 4;
+	const std::size_t ATTRIBUTE_LISTS_PER_COUNT = 16;
 	// Strings of the lists longer than this are released after the element
 	// is reported, so that what the lists hold stays small.
 	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
+
+
+	inline void assignText(std::string& to, const char* pText, std::size_t length)
+		/// A value no longer than the one it replaces is copied in place
+		/// here: string::assign() is a call into the library, and the values
+		/// of an attribute are mostly of a few lengths.
+	{
+		if (length > to.size())
+		{
+			// Cheaper than assign(), which allows for text inside the string.
+			to.clear();
+			to.append(pText, length);
+			return;
+		}
+		to.resize(length);
+		if (length > 0) std::memcpy(&to[0], pText, length);
+	}
 
 
 	class FaultReport: public Ixor::XML::SAXParseException
@@ -111,7 +129,7 @@ private:
 	};
 
 	const std::string& qualifiedName(const ItemReader::NameEntry& name);
-	const Ixor::XML::AttributesImpl& attributeList();
+	const Ixor::XML::AttributesImpl& attributeList(const ItemReader::NameEntry& element);
 	void fillSlot(AttributeList& list, std::size_t i, const ItemReader::Attribute& attribute);
 	void trimAttributeLists();
 
@@ -122,6 +140,7 @@ private:
 	// The lists that report attributes, kept by the names they hold;
 	// elements with many attributes share one that is built for each.
 	std::vector<std::unique_ptr<AttributeList>> _attributeLists;
+	std::vector<AttributeList*> _builtLists;   // those of _attributeLists that were built
 	Ixor::XML::AttributesImpl _largeAttributes;
 	bool               _trimAttributes;
 };
@@ -143,9 +162,11 @@ FastInfosetParser::FastInfosetParser(DocumentVocabulary::VocabularyImpl impl):
 
 
 FastInfosetParser::FastInfosetParser(const DocumentVocabulary& vocabulary):
-	_pItems(new ItemReader(vocabulary)),
-	_pGivenVocabulary(new DocumentVocabulary(vocabulary))
+	_pGivenVocabulary(new DocumentVocabulary(VocabularyFileLoader::forReading(vocabulary)))
 {
+	// Documents add to the given entries as to any vocabulary of the
+	// reader's own, whatever kind of tables it was given with.
+	_pItems.reset(new ItemReader(*_pGivenVocabulary));
 	init();
 }
 
@@ -507,9 +528,8 @@ inline void FastInfosetParser::Dispatch::xmlDeclaration(const std::string& text)
 inline void FastInfosetParser::Dispatch::vocabularyRead(const DocumentVocabulary& vocabulary)
 {
 	// The names the lists hold belong to the previous document.
-	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	for (AttributeList* pList: _builtLists)
 	{
-		if (!pList) continue;
 		for (AttributeList::Slot& held: pList->slots)
 		{
 			held.pName = nullptr;
@@ -589,7 +609,7 @@ inline void FastInfosetParser::Dispatch::startElement(const ItemReader::NameEntr
 {
 	Ixor::XML::ContentHandler* pHandler = _parser._pContentHandler;
 	if (!pHandler) return;
-	const Ixor::XML::AttributesImpl& attributes = attributeList();
+	const Ixor::XML::AttributesImpl& attributes = attributeList(element);
 	const std::string& qname = qualifiedName(element);
 	_inHandler = true;
 	pHandler->startElement(*element.name.pUri, *element.name.pLocalName, qname, attributes);
@@ -682,6 +702,12 @@ bool FastInfosetParser::Dispatch::loadExternalVocabulary(const std::string& uri,
 	/// A handler without which the document can still be read learns of
 	/// what was loaded, not of a vocabulary given in advance.
 {
+	const DocumentVocabulary* pGiven = _parser._pGivenVocabulary.get();
+	if (pGiven && uri == pGiven->getURI() && &vocabulary == &_items.vocabulary())
+	{
+		_items.restore(*pGiven);
+		return false;
+	}
 	VocabularyFileLoader loader(_parser);
 	const bool loaded = loader.load(uri, vocabulary);
 	if (loaded && _parser._pDocumentHandler)
@@ -694,7 +720,7 @@ bool FastInfosetParser::Dispatch::loadExternalVocabulary(const std::string& uri,
 }
 
 
-const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList()
+const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList(const ItemReader::NameEntry& element)
 	/// The list for the number of attributes read, filled from them. A slot
 	/// that holds the same name, or the same vocabulary value, as for the
 	/// element before is left as it is.
@@ -718,19 +744,16 @@ const Ixor::XML::AttributesImpl& FastInfosetParser::Dispatch::attributeList()
 		return _largeAttributes;
 	}
 	// Lists are kept by the number of their attributes and, among those, by
-	// the sequence of their names, so that elements of one kind mostly find
-	// their names in place and only their values change.
-	std::size_t hash = 0;
-	for (std::size_t i = 0; i < count; ++i)
-	{
-		hash = hash * 31 + (reinterpret_cast<std::uintptr_t>(pAttributes[i].pName) >> 4);
-	}
+	// the element's name, so that elements of one kind mostly find the names
+	// of their attributes in place and only their values change.
+	const std::size_t hash = reinterpret_cast<std::uintptr_t>(&element) / sizeof(ItemReader::NameEntry);
 	std::unique_ptr<AttributeList>& pList = _attributeLists[count * ATTRIBUTE_LISTS_PER_COUNT + hash % ATTRIBUTE_LISTS_PER_COUNT];
 	if (!pList)
 	{
 		// The entries are reserved first, so that the pointers to them stay
 		// valid.
 		pList.reset(new AttributeList);
+		_builtLists.push_back(pList.get());
 		pList->list.reserve(count);
 		pList->slots.resize(count);
 		for (std::size_t i = 0; i < count; ++i)
@@ -764,8 +787,7 @@ inline void FastInfosetParser::Dispatch::fillSlot(AttributeList& list, std::size
 	// A value from a table that the slot holds already is left as it is.
 	if (attribute.pValue && held.pValue == attribute.pValue) return;
 	held.pValue = attribute.pValue;
-	if (attribute.pValue) slot.value = *attribute.pValue;
-	else if (attribute.pData) slot.value.assign(attribute.pData, attribute.length);
+	if (attribute.pData) assignText(slot.value, attribute.pData, attribute.length);
 	else slot.value = attribute.copy;
 	if (attribute.length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }
@@ -779,9 +801,8 @@ void FastInfosetParser::Dispatch::trimAttributeLists()
 	{
 		if (text.capacity() > RETAINED_ATTRIBUTE_OCTETS) std::string().swap(text);
 	};
-	for (std::unique_ptr<AttributeList>& pList: _attributeLists)
+	for (AttributeList* pList: _builtLists)
 	{
-		if (!pList) continue;
 		for (AttributeList::Slot& held: pList->slots)
 		{
 			Ixor::XML::AttributesImpl::Attribute& slot = *held.pSlot;

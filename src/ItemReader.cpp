@@ -1,4 +1,6 @@
 #include "ItemReader.h"
+#include "AlgorithmTable.h"
+#include "Ixor/FastInfoset/CDataEncoding.h"
 #include "Ixor/FastInfoset/NullEncoding.h"
 #include "Ixor/FastInfoset/NullRefEncoding.h"
 #include "Ixor/FastInfoset/StringDecoder.h"
@@ -24,8 +26,8 @@ namespace
 	// against amplification: real names are shorter.
 	const std::size_t NAME_ALLOWANCE = 64;
 
-	// Qualified names kept for reuse: a constant plus this many octets for
-	// each octet read; each kept name also costs its bookkeeping.
+	// Qualified names kept in their entries: a constant plus this many
+	// octets for each octet read; each kept name also costs its bookkeeping.
 	const UInt64 QNAME_BUDGET = 64 * 1024;
 	const UInt64 QNAME_BUDGET_PER_OCTET = 2;
 	const UInt64 QNAME_OVERHEAD = 64;
@@ -59,6 +61,8 @@ ItemReader::ItemReader(DocumentVocabulary::VocabularyImpl impl):
 ItemReader::ItemReader(const DocumentVocabulary& vocabulary):
 	_vocabulary(vocabulary),
 	_alphabets(vocabulary.restrictedAlphabets()),
+	_pRestoredBase(0),
+	_restoredRevision(0),
 	_inputInMemory(false),
 	_pReader(0),
 	_documentSize(0),
@@ -106,7 +110,18 @@ void ItemReader::begin(BitStreamReader& r, bool inputInMemory)
 	// A reset keeps the alphabets, so those that the previous document added
 	// would shift the indexes of this document's own: every document starts
 	// from the alphabets the reader was built with.
-	_vocabulary.restrictedAlphabets() = _alphabets;
+	_vocabulary.restrictedAlphabets().restore(_alphabets);
+}
+
+
+void ItemReader::restore(const DocumentVocabulary& base)
+	/// The revision stays the same as long as nothing replaces or resets the
+	/// tables, and the tables only grow while it does.
+{
+	const bool extended = _pRestoredBase == &base && _restoredRevision == _vocabulary.revision();
+	if (!extended || !_vocabulary.truncate(base)) _vocabulary = base;
+	_pRestoredBase = &base;
+	_restoredRevision = _vocabulary.revision();
 }
 
 
@@ -142,7 +157,7 @@ const ItemReader::NameEntry& ItemReader::readQualifiedName(BitStreamReader& r, b
 	const int pos = r.bitPos();
 	if (pos != 1 && pos != 2) throw FISEncodingException("Illegal startposition for a parseQualifiedNameOrIndex value");
 	int available = 0;
-	const UInt64 window = r.window(available);
+	const UInt64 window = r.window(available, 4);
 	if (available < 4) throw FISParseException("Unexpected end of stream while parsing qualified name or index");
 	if ((window >> 60) != 15)
 	{
@@ -296,6 +311,16 @@ Encoding* ItemReader::readEncoded(BitStreamReader& r, std::string& text, const c
 	default:
 		poco_assert(encoding == DocumentVocabulary::ENCODINGALGORITHM);
 		Decoder::integer(r, number);
+		if (number == AlgorithmTable::CDATA)
+		{
+			// Common in documents converted from XML: its value is reused
+			// unless a handler kept the last one.
+			// (It is made with a placeholder: its text cannot be empty.)
+			if (!_pCData || _pCData->referenceCount() > 1) _pCData = new CDataEncoding(" ");
+			CDataEncoding::decode(r, _pCData->content());
+			pValue = _pCData;
+			break;
+		}
 		_pTypedValue = _vocabulary.decodings().read(static_cast<int>(number), r);
 		pValue = _pTypedValue;
 		break;
@@ -333,7 +358,7 @@ bool ItemReader::readAttributeValue(BitStreamReader& r, const NameEntry& name, C
 {
 	const UInt64 start = pCoding ? bitOffset(r) : 0;
 	int available = 0;
-	const UInt64 window = r.window(available);
+	const UInt64 window = r.window(available, 1);
 	unsigned int index = 0;
 	int size = 0;
 	if (window >> 63)
@@ -398,20 +423,23 @@ void ItemReader::checkAmplification()
 unsigned int ItemReader::addString(DocumentVocabulary::ID id, const std::string& text)
 {
 	bool found = false;
-	const unsigned int index = _vocabulary.index(id, text, found);
-	syncStrings(id);
+	Vocabulary<std::string>& table = *_vocabulary.vocabulary(id);
+	const unsigned int index = table.index(text, found);
+	std::vector<const std::string*>& strings = _strings[id];
+	// A vector table appends; a table that finds values may answer an
+	// index it had.
+	if (index == strings.size()) strings.push_back(&table.index()[index]);
+	else syncStrings(id);
 	return index;
 }
 
 
 void ItemReader::syncStrings(DocumentVocabulary::ID id)
 {
-	const Vocabulary<std::string>& table = *_vocabulary.vocabulary(id);
+	// Every kind of table keeps its entries in its index, in index order.
+	const VerbTable<std::string>& entries = _vocabulary.vocabulary(id)->index();
 	std::vector<const std::string*>& strings = _strings[id];
-	for (std::size_t i = strings.size(), size = table.size(); i < size; ++i)
-	{
-		strings.push_back(&table.value(static_cast<unsigned int>(i)));
-	}
+	for (std::size_t i = strings.size(), size = entries.size(); i < size; ++i) strings.push_back(&entries[i]);
 }
 
 
@@ -427,11 +455,10 @@ void ItemReader::syncTables()
 	}
 	for (int element = 0; element < 2; ++element)
 	{
-		_names[element].clear();
-		_names[element].resize(nameTable(element != 0).size());
+		_names[element].truncate(0);
+		_usedNames[element].clear();
+		growNames(element != 0);
 	}
-	_qnameIndex.clear();
-	_qnames.clear();
 	_qnameOctets = 0;
 }
 
@@ -447,6 +474,7 @@ const ItemReader::NameEntry& ItemReader::resolveName(unsigned int index, bool el
 	name.pLocalName = &resolve(DocumentVocabulary::LOCAL_NAME, entry.localNameId());
 	NameEntry& resolved = nameSlot(index, element);
 	setName(resolved, name);
+	_usedNames[element][index] = &resolved;
 	return resolved;
 }
 
@@ -454,16 +482,35 @@ const ItemReader::NameEntry& ItemReader::resolveName(unsigned int index, bool el
 const ItemReader::NameEntry& ItemReader::addName(unsigned int index, const ResolvedName& name, bool element)
 {
 	NameEntry& added = nameSlot(index, element);
-	if (!added.resolved) setName(added, name);
+	if (!added.resolved)
+	{
+		setName(added, name);
+		_usedNames[element][index] = &added;
+	}
 	return added;
 }
 
 
 ItemReader::NameEntry& ItemReader::nameSlot(unsigned int index, bool element)
 {
-	std::deque<NameEntry>& names = _names[element];
-	if (names.size() <= index) names.resize(nameTable(element).size());
+	VerbTable<NameEntry>& names = _names[element];
+	if (names.size() <= index) growNames(element);
 	return names[index];
+}
+
+
+void ItemReader::growNames(bool element)
+	/// One entry for each name of the table, unresolved. The entries are
+	/// reused from earlier documents, their qualified names' storage with
+	/// them.
+{
+	VerbTable<NameEntry>& names = _names[element];
+	std::vector<const NameEntry*>& used = _usedNames[element];
+	for (std::size_t i = names.size(), size = nameTable(element).size(); i < size; ++i)
+	{
+		names.extend().resolved = false;
+		used.push_back(0);
+	}
 }
 
 
@@ -498,28 +545,17 @@ Vocabulary<QualifiedNameEntry>& ItemReader::nameTable(bool element)
 
 
 const std::string& ItemReader::buildQualifiedName(const NameEntry& name)
-	/// One "prefix:local" for each pair of strings, kept while the kept ones
-	/// stay within their budget; past it, built afresh for each report.
+	/// "prefix:local", kept in the entry while the kept ones stay within
+	/// their budget; past it, built afresh for each report.
 {
-	const std::pair<const std::string*, const std::string*> key(name.name.pPrefix, name.name.pLocalName);
-	const auto found = _qnameIndex.find(key);
-	if (found != _qnameIndex.end())
-	{
-		name.pQName = found->second;
-		return *name.pQName;
-	}
 	const UInt64 size = name.name.pPrefix->size() + 1 + name.name.pLocalName->size();
 	const UInt64 budget = QNAME_BUDGET + QNAME_BUDGET_PER_OCTET * _pReader->octetsConsumed();
 	if (_qnameOctets + size + QNAME_OVERHEAD <= budget)
 	{
-		_qnames.emplace_back();
-		std::string& qname = _qnames.back();
-		qname.reserve(static_cast<std::size_t>(size));
-		qname.append(*name.name.pPrefix).append(1, ':').append(*name.name.pLocalName);
+		name.qname.assign(*name.name.pPrefix).append(1, ':').append(*name.name.pLocalName);
 		_qnameOctets += size + QNAME_OVERHEAD;
-		_qnameIndex.emplace(key, &qname);
-		name.pQName = &qname;
-		return qname;
+		name.pQName = &name.qname;
+		return name.qname;
 	}
 	deliver(size);
 	_qnameScratch.assign(*name.name.pPrefix).append(1, ':').append(*name.name.pLocalName);

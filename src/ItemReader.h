@@ -15,6 +15,7 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/BitStreamReader.h"
+#include "Ixor/FastInfoset/CDataEncoding.h"
 #include "Ixor/FastInfoset/Decoder.h"
 #include "Ixor/FastInfoset/DocumentRestrictedAlphabet.h"
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
@@ -23,11 +24,7 @@
 #include "FastDecoding.h"
 #include "HeaderListener.h"
 #include <cstddef>
-#include <deque>
-#include <functional>
 #include <string>
-#include <unordered_map>
-#include <utility>
 #include <vector>
 
 
@@ -136,6 +133,7 @@ public:
 
 		ResolvedName       name;
 		mutable const std::string* pQName;  // "prefix:local" or the local name; null until first needed
+		mutable std::string qname;   // "prefix:local", once built
 		UInt64             excess;   // octets counted against amplification per report
 		bool               resolved;
 	};
@@ -202,6 +200,12 @@ public:
 	const DocumentVocabulary& vocabulary() const;
 		/// The vocabulary as the last document left it.
 
+	void restore(const DocumentVocabulary& base);
+		/// Makes the vocabulary equal to base, which stays valid and
+		/// unchanged while the reader lives: when it was restored to base
+		/// before and documents have only added to it since, by dropping
+		/// what they added, which costs next to nothing; else by copying.
+
 	Ixor::UInt64 documentSize() const;
 		/// The octets of the document once its last octet is read.
 
@@ -226,14 +230,6 @@ private:
 	{
 		const std::string* pPrefix;
 		const std::string* pURI;
-	};
-
-	struct PairHash
-	{
-		std::size_t operator () (const std::pair<const std::string*, const std::string*>& key) const
-		{
-			return std::hash<const void*>()(key.first) * 31 + std::hash<const void*>()(key.second);
-		}
 	};
 
 	// The walk: it hands items to the sink.
@@ -288,6 +284,7 @@ private:
 	const NameEntry& resolveName(unsigned int index, bool element);
 	const NameEntry& addName(unsigned int index, const ResolvedName& name, bool element);
 	NameEntry& nameSlot(unsigned int index, bool element);
+	void growNames(bool element);
 	void setName(NameEntry& entry, const ResolvedName& name);
 	const std::string& resolve(DocumentVocabulary::ID id, unsigned int index) const;
 	Vocabulary<QualifiedNameEntry>& nameTable(bool element);
@@ -306,6 +303,8 @@ private:
 
 	DocumentVocabulary                _vocabulary;
 	DocumentRestrictedAlphabet        _alphabets;   // those the reader was built with
+	const DocumentVocabulary*         _pRestoredBase;   // what restore() last made the vocabulary
+	UInt64                            _restoredRevision;   // the vocabulary's revision then
 	Limits                            _limits;
 	bool                              _inputInMemory;
 	BitStreamReader*                  _pReader;
@@ -317,6 +316,7 @@ private:
 	Ixor::AutoPtr<NullEncoding>       _pLiteralValue;
 	Ixor::AutoPtr<NullRefEncoding>    _pIndexedValue;
 	Ixor::AutoPtr<Encoding>           _pTypedValue;
+	Ixor::AutoPtr<CDataEncoding>      _pCData;
 	std::vector<const NameEntry*>     _openElements;
 	std::vector<DeclarationScope>     _declarationScopes;
 	std::vector<NamespaceDeclaration> _namespaceDeclarations;
@@ -331,19 +331,20 @@ private:
 	UInt64                            _delivered;
 	UInt64                            _nextCheck;
 
-	// Qualified names "prefix:local", one for each pair of prefix and local
-	// name, built when first reported. Their octets are held to a budget
-	// in proportion to the input; past it they are built for each report
-	// instead, and counted as delivered.
-	std::unordered_map<std::pair<const std::string*, const std::string*>, const std::string*, PairHash> _qnameIndex;
-	std::deque<std::string>           _qnames;
+	// Qualified names "prefix:local" are built into their name entries when
+	// first reported. Their octets are held to a budget in proportion to
+	// the input; past it they are built for each report instead, and
+	// counted as delivered.
 	UInt64                            _qnameOctets;
 
 	// Direct views of the vocabulary's tables, by table identifier and
 	// index, kept in step with every entry the reader adds: lookups by index
 	// cost one array access instead of virtual calls through the tables.
 	std::vector<const std::string*>   _strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
-	std::deque<NameEntry>             _names[2];
+	// The names of the element-name and attribute-name tables, by index.
+	// Entries stay in place, and their storage from document to document.
+	VerbTable<NameEntry>              _names[2];
+	std::vector<const NameEntry*>     _usedNames[2];   // the resolved ones by index, else null: one access per name
 };
 
 
@@ -418,8 +419,8 @@ inline const std::string& ItemReader::deliveredAt(DocumentVocabulary::ID id, uns
 inline const ItemReader::NameEntry* ItemReader::usedName(unsigned int index, bool element) const
 	/// The name at index when it has been resolved already, else null.
 {
-	const std::deque<NameEntry>& names = _names[element];
-	return index < names.size() && names[index].resolved ? &names[index] : 0;
+	const std::vector<const NameEntry*>& used = _usedNames[element];
+	return index < used.size() ? used[index] : 0;
 }
 
 
@@ -679,7 +680,7 @@ void ItemReader::readChildren(BitStreamReader& r, Sink& sink)
 	{
 		if (!inStep || available < 32)
 		{
-			window = r.window(available);
+			window = r.window(available, 4);
 			inStep = true;
 		}
 		if (available < 4) throw FISParseException("Unexpected end of stream while parsing element children");
@@ -698,7 +699,11 @@ void ItemReader::readChildren(BitStreamReader& r, Sink& sink)
 
 		// A child starts on the next octet.
 		const int skip = (8 - r.bitPos()) & 7;
-		if (available < skip + 8) throw FISParseException("Unexpected end of stream while parsing element children");
+		if (available < skip + 8)
+		{
+			window = r.window(available, skip + 8);
+			if (available < skip + 8) throw FISParseException("Unexpected end of stream while parsing element children");
+		}
 		window <<= skip;
 		available -= skip;
 		const unsigned int code = static_cast<unsigned int>(window >> 56);
@@ -742,7 +747,7 @@ void ItemReader::readChild(BitStreamReader& r, Sink& sink)
 	/// Any child, on an octet boundary.
 {
 	int available = 0;
-	const UInt64 window = r.window(available);
+	const UInt64 window = r.window(available, 8);
 	if (available < 8) throw FISParseException("Unexpected end of stream while parsing element children");
 	const unsigned int code = static_cast<unsigned int>(window >> 56);
 	if ((code & 0x80) == 0)
@@ -817,7 +822,7 @@ void ItemReader::readElement(BitStreamReader& r, Sink& sink)
 	if (_openElements.size() >= _limits.maxElementDepth) throw FISParseException("Maximum element depth exceeded");
 
 	int available = 0;
-	const UInt64 window = r.window(available);
+	const UInt64 window = r.window(available, 7);
 	if (available < 7) throw FISParseException("Unexpected end of stream while parsing element");
 	const bool hasAttributes = (window >> 63) != 0;
 	r.advance(1);
@@ -880,7 +885,7 @@ void ItemReader::readAttributes(BitStreamReader& r, Sink& sink)
 	for (;;)
 	{
 		int available = 0;
-		const UInt64 window = r.window(available);
+		const UInt64 window = r.window(available, 1);
 		if (available < 1) throw FISParseException("Unexpected end of stream while parsing element");
 		if (window >> 63) break;
 		r.advance(1);
@@ -1016,7 +1021,7 @@ void ItemReader::readCharacterChunk(BitStreamReader& r, Sink& sink)
 {
 	if (r.bitPos() != 2) throw FISEncodingException("Illegal startposition for a CharacterChunk value");
 	int available = 0;
-	const UInt64 window = r.window(available);
+	const UInt64 window = r.window(available, 1);
 	if (readCharacterChunkFast(r, window, available, sink)) return;
 
 	const UInt64 octet = r.octetsConsumed();

@@ -95,36 +95,34 @@ namespace
 		}
 		return content;
 	}
+}
 
 
-	DocumentVocabulary withVectorTables(const DocumentVocabulary& source)
-		/// The writer's tables are hash tables of fixed capacity that find old
-		/// values again; the reader needs tables that give every literal of a
-		/// document its own index and take any number of them. Entries are
-		/// copied in index order, so they keep their indexes.
+DocumentVocabulary VocabularyFileLoader::forReading(const DocumentVocabulary& source)
+	/// The writer's tables are hash tables of fixed capacity that find old
+	/// values again. Entries are copied in index order.
+{
+	DocumentVocabulary result(source.getURI(), DocumentVocabulary::VOC_VECTOR);
+	bool found = false;
+	for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
 	{
-		DocumentVocabulary result(DocumentVocabulary::VOC_VECTOR);
-		bool found = false;
-		for (int id = DocumentVocabulary::PREFIX; id <= DocumentVocabulary::CONTENT_CHARACTER_CHUNK; ++id)
+		const DocumentVocabulary::ID table = static_cast<DocumentVocabulary::ID>(id);
+		const std::size_t size = source.vocabulary(table)->size();
+		for (std::size_t i = result.vocabulary(table)->size(); i < size; ++i)
 		{
-			const DocumentVocabulary::ID table = static_cast<DocumentVocabulary::ID>(id);
-			const std::size_t size = source.vocabulary(table)->size();
-			for (std::size_t i = result.vocabulary(table)->size(); i < size; ++i)
-			{
-				result.index(table, source.value(table, static_cast<unsigned int>(i)), found);
-			}
+			result.index(table, source.value(table, static_cast<unsigned int>(i)), found);
 		}
-		for (std::size_t i = 1; i < source.elementVocabulary()->size(); ++i)
-		{
-			result.elementVocabulary()->index(source.elementVocabulary()->value(static_cast<unsigned int>(i)), found);
-		}
-		for (std::size_t i = 1; i < source.attributeVocabulary()->size(); ++i)
-		{
-			result.attributeVocabulary()->index(source.attributeVocabulary()->value(static_cast<unsigned int>(i)), found);
-		}
-		result.restrictedAlphabets() = source.restrictedAlphabets();
-		return result;
 	}
+	for (std::size_t i = 1; i < source.elementVocabulary()->size(); ++i)
+	{
+		result.elementVocabulary()->index(source.elementVocabulary()->value(static_cast<unsigned int>(i)), found);
+	}
+	for (std::size_t i = 1; i < source.attributeVocabulary()->size(); ++i)
+	{
+		result.attributeVocabulary()->index(source.attributeVocabulary()->value(static_cast<unsigned int>(i)), found);
+	}
+	result.restrictedAlphabets() = source.restrictedAlphabets();
+	return result;
 }
 
 
@@ -164,7 +162,7 @@ bool VocabularyFileLoader::load(const std::string& uri, DocumentVocabulary& voca
 			parser.setDTDHandler(&writer);
 			parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
 			parser.parse(&source);
-			vocabulary = withVectorTables(writer.getDocumentVocabulary());
+			vocabulary = forReading(writer.getDocumentVocabulary());
 		}
 		else
 		{

@@ -41,6 +41,11 @@ public:
 		/// it was loaded from uri, false when it was the one given in
 		/// advance. Throws FISException when it cannot or may not be had.
 
+	static DocumentVocabulary forReading(const DocumentVocabulary& source);
+		/// A copy of source with vector tables, under its URI: the tables a
+		/// reader needs, which give every literal of a document its own index
+		/// and take any number of them. Entries keep their indexes.
+
 private:
 	const FastInfosetParser& _parser;
 };

@@ -17,6 +17,7 @@
 #include <gtest/gtest.h>
 #include <fstream>
 #include <random>
+#include <algorithm>
 #include <sstream>
 #include <stdexcept>
 #include <sys/stat.h>
@@ -115,7 +116,77 @@ std::string sampleDocument()
 }
 
 
+class OpenConnection: public std::streambuf
+	/// What a sender has sent so far, handed out a few octets at a time. The
+	/// connection stays open: asking it for more than was sent would block,
+	/// so it is noted instead.
+{
+public:
+	explicit OpenConnection(std::size_t pieceSize):
+		_pieceSize(pieceSize)
+	{
+	}
+
+	void send(const std::string& octets)
+	{
+		_sent += octets;
+	}
+
+	bool waited = false;
+
+protected:
+	int_type underflow() override
+	{
+		if (gptr() < egptr()) return traits_type::to_int_type(*gptr());
+		if (_next == _sent.size())
+		{
+			waited = true;
+			return traits_type::eof();
+		}
+		const std::size_t count = std::min(_pieceSize, _sent.size() - _next);
+		_piece.assign(_sent, _next, count);
+		_next += count;
+		setg(&_piece[0], &_piece[0], &_piece[0] + count);
+		return traits_type::to_int_type(_piece[0]);
+	}
+
+private:
+	std::size_t _pieceSize;
+	std::string _sent;
+	std::size_t _next = 0;
+	std::string _piece;
+};
+
+
 } // namespace
+
+
+TEST(ParserStreamTest, ADocumentIsReadAsSoonAsItsLastOctetArrives)
+{
+	// The second document is sent only after the first was read, as a
+	// client sends a request once it has the answer to the one before.
+	const std::string first = sampleDocument();
+	const std::string second = HEADER + fromHex("00 3c 00 72 ff");
+	for (std::size_t pieceSize: {1, 3, 5000})
+	{
+		SCOPED_TRACE(pieceSize);
+		OpenConnection connection(pieceSize);
+		std::istream in(&connection);
+		Ixor::XML::InputSource source(in);
+		FastInfosetParser parser;
+		EventRecorder recorder;
+		recorder.attachTo(parser);
+		for (const std::string* pDocument: {&first, &second})
+		{
+			recorder.clear();
+			connection.send(*pDocument);
+			parser.parse(&source);
+			EXPECT_FALSE(connection.waited);
+			EXPECT_EQ(pDocument->size(), parser.lastDocumentSize());
+			EXPECT_NE(std::string::npos, recorder.text().find("endDocument"));
+		}
+	}
+}
 
 
 TEST_P(ParserTest, ItemsTheWriterNeverProducesAreRead)
@@ -708,6 +779,18 @@ TEST_P(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		.bits(5, 3)                // 10 1: a chunk by index
 		.integer(next)
 		.bits(0xFF, 8).done();
+	// A literal equal to a given entry still takes the next index.
+	const std::string again = DocumentBits().header()
+		.bits(0x20, 7)
+		.bits(0x1000, 16)
+		.literal(missing)
+		.bits(0x3C0072, 24)        // element "r"
+		.bits(0x9, 4)              // 10 0 1: a chunk literal added to the table
+		.bits(0, 2)                // in UTF-8
+		.string("text")
+		.bits(5, 3)                // 10 1: a chunk by index
+		.integer(next)
+		.bits(0xFF, 8).done();
 	const std::string plain = HEADER + fromHex("00 3c 00 72 ff");
 	struct { const char* what; std::string document; std::string events; } documents[] =
 	{
@@ -715,6 +798,7 @@ TEST_P(ParserTest, AVocabularyGivenInAdvanceStartsEveryDocumentAfresh)
 		{"adding a chunk", adding.str(), "startDocument\nstartElement {}r r\ncharacters added\nendElement {}r r\nendDocument\n"},
 		{"without initial vocabulary", plain, "startDocument\nstartElement {}r r\nendElement {}r r\nendDocument\n"},
 		{"against it again", against, ""},
+		{"adding a chunk the vocabulary holds", again, "startDocument\nstartElement {}r r\ncharacters text\ncharacters text\nendElement {}r r\nendDocument\n"},
 		{"naming the added chunk", repeating, "startDocument\nstartElement {}r r\n! Index " + std::to_string(next)
 			+ " names no entry of the content character chunk table (at octet " + std::to_string(repeating.size() - 1) + ")\n"},
 	};

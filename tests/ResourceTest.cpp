@@ -10,17 +10,22 @@
 //
 
 
+#include "Ixor/FastInfoset/Converter.h"
 #include "Ixor/FastInfoset/FastInfosetParser.h"
+#include "Ixor/FastInfoset/FastInfosetWriter.h"
 #include "Ixor/FastInfoset/FISException.h"
 #include "DocumentBits.h"
 #include "NullHandler.h"
 #include "Reading.h"
+#include "TestSupport.h"
 #include "Poco/SAX/DefaultHandler.h"
 #include <gtest/gtest.h>
 #include <malloc.h>
 #include <cstdlib>
 #include <ctime>
+#include <fstream>
 #include <new>
+#include <sstream>
 #include <stdexcept>
 
 
@@ -42,6 +47,7 @@ struct Allocations
 	std::size_t live = 0;
 	std::size_t peak = 0;
 	std::size_t limit = 0;
+	std::size_t count = 0;
 };
 
 
@@ -52,6 +58,7 @@ void* allocate(std::size_t size)
 {
 	if (allocations.active)
 	{
+		++allocations.count;
 		if (size > allocations.largest) allocations.largest = size;
 		// Beyond the limit the parse fails here rather than the machine.
 		if (allocations.live + size > allocations.limit) throw std::bad_alloc();
@@ -473,4 +480,62 @@ TEST(ResourceTest, AttributeValuesByIndexAreReportedLikeCopies)
 	parser.parseMemoryNP(document.data(), document.size());
 	const std::vector<std::string> expected = {"v1|v1|w|v1", "x|v1|x"};
 	EXPECT_EQ(expected, handler.elements);
+}
+
+
+TEST(ResourceTest, AParserReadingDocumentAfterDocumentAllocatesNothingForThem)
+{
+	// The sample documents in turn, then in turn again: the second round
+	// finds every table, list and string at the size it needs. The same with
+	// a vocabulary given in advance that the documents build on.
+	std::vector<std::string> documents;
+	for (const std::string& path: TestSupport::xmlFilesIn(FASTINFOSET_TEST_DATA))
+	{
+		std::ifstream xml(path);
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi, 0, 16);
+		documents.push_back(fi.str());
+	}
+	ASSERT_LT(3u, documents.size());
+	const std::string uri = "urn:given";
+	DocumentVocabulary given(uri, DocumentVocabulary::VOC_MAP);
+	bool found = false;
+	given.index(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, "given", found);
+	// Documents that all build on the vocabulary given in advance.
+	std::vector<std::string> againstGiven;
+	for (const char* text: {"added", "other"})
+	{
+		std::ostringstream against;
+		{
+			FastInfosetWriter writer(against, false, given);
+			writer.setExternalVocabulary(uri, given);
+			writer.startDocument();
+			writer.startElement("", "r", "r");
+			writer.characters(text);
+			writer.endElement("", "r", "r");
+			writer.endDocument();
+		}
+		againstGiven.push_back(against.str());
+	}
+
+	FastInfosetParser fresh;
+	FastInfosetParser withVocabulary(given);
+	for (FastInfosetParser* pParser: {&fresh, &withVocabulary})
+	{
+		NullHandler handler;
+		handler.attachTo(*pParser);
+		const std::vector<std::string>& inTurn = pParser == &fresh ? documents : againstGiven;
+		for (int round = 0; round < 2; ++round)
+		{
+			for (const std::string& document: inTurn)
+			{
+				Measure measure;
+				pParser->parseMemoryNP(document.data(), document.size());
+				if (round == 1)
+				{
+					EXPECT_EQ(0u, allocations.count) << "document " << &document - &inTurn[0];
+				}
+			}
+		}
+	}
 }

@@ -468,6 +468,68 @@ TEST(VocabularyTest, ResetEmptiesTheTablesButKeepsAlphabetsAndURI)
 }
 
 
+TEST(VocabularyTest, CutBackTablesReuseTheirEntriesAndCopyOnlyWhatTheyHold)
+{
+	VerbTable<std::string> table;
+	for (int i = 0; i < 300; ++i) table.push_back(std::string(i == 299 ? 1000 : 20, 'a'));
+	const std::string& kept = table[1];
+	const std::string& spare = table[2];
+	table.truncate(2);
+	EXPECT_EQ(2u, table.size());
+	EXPECT_EQ("index out of range", outOfRangeOf([&] { table.at(2); }));
+	table.push_back("b");
+	// The entry below stays; the new one is the spare object, which kept its
+	// storage; a long one gave its storage back.
+	EXPECT_EQ(&kept, &table[1]);
+	EXPECT_EQ(&spare, &table[2]);
+	EXPECT_LE(20u, spare.capacity());
+	table.truncate(0);
+	EXPECT_TRUE(table.empty());
+	table.push_back("c");
+	table.truncate(5);
+	EXPECT_EQ(1u, VerbTable<std::string>(table).size());
+
+	// A vector table keeps the storage of short strings only.
+	VectorVocabulary<std::string> strings(0);
+	bool found;
+	for (int i = 0; i < 300; ++i) strings.index(std::string(i == 299 ? 1000 : 20, 'a'), found);
+	strings.truncate(1);
+	for (int i = 0; i < 300; ++i) strings.index("c", found);
+	EXPECT_GT(1000u, strings.value(299).capacity());
+	EXPECT_EQ(301u, strings.size());
+}
+
+
+TEST(VocabularyTest, AVocabularyIsCutBackToItsBaseOnlyWithVectorTables)
+{
+	bool found;
+	DocumentVocabulary base("urn:b", DocumentVocabulary::VOC_VECTOR);
+	base.index(DocumentVocabulary::LOCAL_NAME, "given", found);
+	DocumentVocabulary vocabulary(base);
+	vocabulary.index(DocumentVocabulary::LOCAL_NAME, "added", found);
+	vocabulary.elementVocabulary()->index(QualifiedNameEntry(0, 0, 2), found);
+	vocabulary.restrictedAlphabets().add("ab");
+	const std::string& given = vocabulary.value(DocumentVocabulary::LOCAL_NAME, 1);
+	EXPECT_TRUE(vocabulary.truncate(base));
+	EXPECT_EQ((std::vector<std::string>{"", "given"}), entries(*vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME)));
+	EXPECT_EQ(&given, &vocabulary.value(DocumentVocabulary::LOCAL_NAME, 1));
+	EXPECT_EQ(1u, vocabulary.elementVocabulary()->size());
+	EXPECT_EQ(15u, vocabulary.restrictedAlphabets().alphabets().size());
+
+	// A reset cuts vector tables back to a fresh vocabulary's entries.
+	vocabulary.reset();
+	EXPECT_EQ((std::vector<std::string>{""}), entries(*vocabulary.vocabulary(DocumentVocabulary::LOCAL_NAME)));
+	EXPECT_EQ((std::vector<std::string>{"", "xml"}), entries(*vocabulary.vocabulary(DocumentVocabulary::PREFIX)));
+	// Smaller than the base, or of another kind: nothing changes.
+	EXPECT_FALSE(vocabulary.truncate(base));
+	DocumentVocabulary hashed("urn:b", DocumentVocabulary::VOC_HASH);
+	hashed.index(DocumentVocabulary::LOCAL_NAME, "given", found);
+	hashed.index(DocumentVocabulary::LOCAL_NAME, "added", found);
+	EXPECT_FALSE(hashed.truncate(base));
+	EXPECT_EQ(3u, hashed.vocabulary(DocumentVocabulary::LOCAL_NAME)->size());
+}
+
+
 TEST(VocabularyTest, DifferenceOfDocumentVocabularies)
 {
 	for (DocumentVocabulary::VocabularyImpl impl: KINDS)

@@ -31,6 +31,11 @@ class FastInfoset_API BitStreamReader
 	/// a reader over memory reads the caller's block in place and never
 	/// copies, writes or frees it.
 	///
+	/// A reader over a stream takes what the stream has at hand and waits
+	/// for more only when a read needs more than that: on a pipe or a
+	/// connection, a document can be read to its last octet while the
+	/// sender keeps the stream open.
+	///
 	/// At the end of the input the reads do not throw: they return false
 	/// (and eof() becomes true), and the caller turns that into the
 	/// end-of-stream exception of the operation it was performing. A reader
@@ -103,13 +108,13 @@ public:
 	void skip(int numBits);
 		/// Consumes numBits bits.
 
-	UInt64 window(int& available);
+	UInt64 window(int& available, int needed);
 		/// The next bits from the current position, the first of them as the
-		/// most significant bit, without consuming them: at least 57 when the
-		/// input holds them. available receives how many of the returned bits
-		/// are input (0 to 57); the bits past them are meaningless. For
-		/// decoders that take several fields in one step; they consume with
-		/// advance().
+		/// most significant bit, without consuming them: at least needed (1
+		/// to 57) when the input holds them, and up to 57 of those that are
+		/// at hand. available receives how many of the returned bits are
+		/// input (0 to 57); the bits past them are meaningless. For decoders
+		/// that take several fields in one step; they consume with advance().
 
 	void advance(int numBits);
 		/// Consumes numBits bits that window() reported available.
@@ -147,7 +152,7 @@ public:
 
 	void refillBuffer();
 		/// Discards the unread part of the buffer and fills it afresh from
-		/// the stream.
+		/// the stream, with at least one octet unless the stream ends.
 
 	void refillBufferIfLessThan(int numBits);
 		/// Refills the buffer, keeping the unread bits, when fewer than
@@ -163,8 +168,9 @@ private:
 	UInt64 loadWord() const;
 	UInt64 peekBits(int numBits) const;
 	UInt64 loadTail(const unsigned char* p) const;
-	void refillBufferIfLessThanImpl(Int64 unreadBits);
-	std::size_t readFromStream(char* pBuf, std::size_t n);
+	bool take(bool wait);
+	void takeAtHand(int needed);
+	std::size_t readFromStream(char* pBuf, std::size_t n, bool wait);
 	void markOverrun(Int64 numBits);
 	bool readUnaligned(std::string& str, std::size_t length);
 
@@ -327,9 +333,9 @@ inline bool BitStreamReader::read(unsigned int& val, int numBits)
 }
 
 
-inline UInt64 BitStreamReader::window(int& available)
+inline UInt64 BitStreamReader::window(int& available, int needed)
 {
-	if (cachedBits() < 57) fill(57);
+	if (cachedBits() < 57 && _pStream) takeAtHand(needed);
 	const Int64 unread = cachedBits();
 	if (unread <= 0)
 	{

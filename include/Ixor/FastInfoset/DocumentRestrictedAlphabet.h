@@ -43,6 +43,11 @@ public:
 	void addDummy();
 		/// Appends a placeholder.
 
+	void restore(const DocumentRestrictedAlphabet& base);
+		/// Makes this table equal to base. A table that starts with base's
+		/// alphabets, as one that documents added to does, only drops the
+		/// alphabets after them, which allocates nothing.
+
 	bool isDefined(unsigned int index) const;
 		/// True when index names an alphabet with characters: a built-in or
 		/// an added one. False for 0, the reserved placeholders and indexes

@@ -131,7 +131,17 @@ public:
 
 	void reset();
 		/// Back to a fresh vocabulary of the same kind; keeps the alphabets,
-		/// the algorithms and the URI.
+		/// the algorithms and the URI. Vector tables are cut back to their
+		/// first entries and keep their storage, so that a reader that
+		/// resets for each document allocates nothing for them.
+
+	bool truncate(const DocumentVocabulary& base);
+		/// For a vocabulary with vector tables that is base with entries
+		/// appended since it was copied from base (the case of a document
+		/// read on top of a vocabulary given in advance): drops the appended
+		/// entries and alphabets, keeping their storage, so that it equals
+		/// base again, and returns true. Returns false, changing nothing,
+		/// when the tables are of another kind or smaller than base's.
 
 	void clear();
 		/// Deletes every table.
@@ -146,6 +156,7 @@ public:
 private:
 	template <class StringTable, class NameTable>
 	void create();
+	bool truncateTables(const std::size_t stringSizes[], std::size_t elementNames, std::size_t attributeNames);
 	void init();
 	Vocabulary<std::string>* table(ID id) const;
 	void swapContent(DocumentVocabulary& other);
@@ -159,6 +170,7 @@ private:
 	Vocabulary<QualifiedNameEntry>*         _pAttributeVocabulary;
 	std::string                             _uri;
 	UInt64                                  _revision;
+	bool                                    _vectorTables;   // every table is a VectorVocabulary
 };
 
 

@@ -85,8 +85,10 @@ public:
 
 	explicit FastInfosetParser(const DocumentVocabulary& vocabulary);
 		/// A parser that knows vocabulary in advance: every document that
-		/// names its URI as external vocabulary starts from an untouched
-		/// copy of it, without loading anything.
+		/// names its URI as external vocabulary starts from it as it was
+		/// given, without loading anything. The parser holds it in vector
+		/// tables, whatever kind it was given with, so that a document's
+		/// literals take the next indexes.
 
 	~FastInfosetParser();
 

@@ -12,6 +12,7 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include "Ixor/FastInfoset/Vocabulary.h"
+#include <string>
 
 
 namespace Ixor {
@@ -45,6 +46,11 @@ public:
 		/// below size().
 
 	std::size_t size() const override;
+
+	void truncate(std::size_t size);
+		/// Drops the entries from index size on, keeping their storage for
+		/// the entries added next: a table that each document of a series
+		/// fills anew from the same start.
 	bool empty() const override;
 	Vocabulary<T>* subtract(const Vocabulary<T>& other) const override;
 	Vocabulary<T>* clone() const override;
@@ -108,6 +114,30 @@ template <class T>
 bool VectorVocabulary<T>::empty() const
 {
 	return this->_index.empty();
+}
+
+
+namespace VectorVocabularyDetail
+{
+	template <class T>
+	inline void releaseLong(T&)
+	{
+	}
+
+	inline void releaseLong(std::string& dropped)
+		/// What one document added stays for the next as spare storage, but
+		/// only as much as short strings need.
+	{
+		if (dropped.capacity() > 256) std::string().swap(dropped);
+	}
+}
+
+
+template <class T>
+void VectorVocabulary<T>::truncate(std::size_t size)
+{
+	for (std::size_t i = size; i < this->_index.size(); ++i) VectorVocabularyDetail::releaseLong(this->_index[i]);
+	this->_index.truncate(size);
 }
 
 

@@ -58,6 +58,10 @@ public:
 		/// assignment (a string's assign() for other arguments than a T),
 		/// so that it keeps its memory.
 
+	T& extend();
+		/// Appends an entry and returns it for the caller to set: a place
+		/// that truncate() freed as it was left, or T().
+
 	std::size_t size() const;
 		/// The number of entries.
 
@@ -270,6 +274,21 @@ template <class T>
 inline void VerbTable<T>::push_back(const T& value)
 {
 	emplace_back(value);
+}
+
+
+template <class T>
+T& VerbTable<T>::extend()
+{
+	std::size_t offset;
+	const std::size_t chunk = chunkOf(_size, offset);
+	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
+	{
+		++_size;
+		return (*_chunks[chunk])[offset];
+	}
+	emplace_back(T());
+	return (*_chunks[chunk])[offset];
 }
 
 
