@@ -24,6 +24,10 @@ BitStreamWriter::BitStreamWriter(std::ostream& out, bool fillBit):
 
 BitStreamWriter::~BitStreamWriter()
 {
+	// A writer that holds nothing leaves its stream alone: after a finished
+	// document the stream may already be gone (a writer restarted on a
+	// stream that did not outlive it).
+	if (_cachedBits == 0 && _used == 0) return;
 	try
 	{
 		complete();

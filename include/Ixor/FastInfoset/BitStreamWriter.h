@@ -39,7 +39,8 @@ public:
 	BitStreamWriter(std::ostream& out, bool fillBit);
 
 	virtual ~BitStreamWriter();
-		/// Completes the last octet with the fill bit and flushes.
+		/// Completes the last octet with the fill bit and flushes; a writer
+		/// that holds no octet or bit leaves its stream untouched.
 
 	BitStreamWriter(const BitStreamWriter&) = delete;
 	BitStreamWriter& operator = (const BitStreamWriter&) = delete;
