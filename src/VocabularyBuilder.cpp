@@ -81,6 +81,65 @@ namespace
 		return result;
 	}
 
+	std::size_t indentationDepth(const std::string& chunk, char& unit)
+		/// The number of spaces or tabs after a chunk's line end, when the
+		/// chunk is a line end and nothing but spaces or nothing but tabs
+		/// (unit tells which); 0 otherwise.
+	{
+		const std::size_t start = chunk.compare(0, 2, "\r\n") == 0 ? 2 : 1;
+		if (chunk.size() <= start || (chunk[0] != '\n' && start == 1)) return 0;
+		unit = chunk[start];
+		if (unit != ' ' && unit != '\t') return 0;
+		if (chunk.find_first_not_of(unit, start) != std::string::npos) return 0;
+		return chunk.size() - start;
+	}
+
+	void addDeeperIndentation(const std::vector<Candidate>& chunks, std::size_t maxLength, std::size_t maxChunks, DocumentVocabulary& result)
+		/// Documents of one kind are indented alike, but a document may nest
+		/// deeper than any sample did: where the samples' text between tags is
+		/// indented by a constant step, the indentation of the next depths goes
+		/// in after everything else, up to twice the deepest and the longest
+		/// string taken, while there is room among the chunks.
+	{
+		std::string deepest;
+		std::size_t depth = 0;
+		std::size_t step = 0;
+		std::size_t previous = 0;
+		std::vector<std::size_t> depths;
+		char unit = 0;
+		for (const Candidate& c: chunks)
+		{
+			char chunkUnit = 0;
+			const std::size_t d = indentationDepth(*c.pValue, chunkUnit);
+			if (d == 0) continue;
+			if (unit != 0 && chunkUnit != unit) return;   // mixed indentation: no step to follow
+			unit = chunkUnit;
+			depths.push_back(d);
+			if (d > depth)
+			{
+				depth = d;
+				deepest = *c.pValue;
+			}
+		}
+		if (depths.size() < 2) return;
+		std::sort(depths.begin(), depths.end());
+		for (std::size_t d: depths)
+		{
+			if (previous != 0 && d != previous && (step == 0 || d - previous < step)) step = d - previous;
+			previous = d;
+		}
+		if (step == 0) return;
+		// As deep again as the samples went, so that a vocabulary does not
+		// grow by long runs that documents of its kind hardly reach.
+		const std::size_t longest = std::min(maxLength, deepest.size() + depth);
+		bool found = false;
+		std::size_t count = chunks.size();
+		for (deepest.append(step, unit); deepest.size() <= longest && count < maxChunks; deepest.append(step, unit), ++count)
+		{
+			result.index(DV::CONTENT_CHARACTER_CHUNK, deepest, found);
+		}
+	}
+
 	void splitName(const std::string& key, std::string parts[3])
 	{
 		const std::size_t first = key.find(NAME_SEPARATOR);
@@ -189,10 +248,9 @@ DocumentVocabulary VocabularyBuilder::vocabulary(const std::string& uri, Documen
 	{
 		result.index(DV::ATTRIBUTE_VALUE, *c.pValue, found);
 	}
-	for (const Candidate& c: savingMost(_strings[DV::CONTENT_CHARACTER_CHUNK], _maxCharacterChunks))
-	{
-		result.index(DV::CONTENT_CHARACTER_CHUNK, *c.pValue, found);
-	}
+	const std::vector<Candidate> chunks = savingMost(_strings[DV::CONTENT_CHARACTER_CHUNK], _maxCharacterChunks);
+	for (const Candidate& c: chunks) result.index(DV::CONTENT_CHARACTER_CHUNK, *c.pValue, found);
+	addDeeperIndentation(chunks, _maxStringLength, _maxCharacterChunks, result);
 	std::string parts[3];
 	for (DV::ID id: {DV::ELEMENT_NAME, DV::ATTRIBUTE_NAME})
 	{

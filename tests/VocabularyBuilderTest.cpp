@@ -188,6 +188,37 @@ TEST(VocabularyBuilderTest, StringsThatSaveMostGoIn)
 }
 
 
+TEST(VocabularyBuilderTest, IndentationGoesInAsDeepAgainAsTheSamplesWent)
+{
+	// Indented by two spaces to depth 2 (four spaces): depths 3 and 4 are
+	// added after the samples' own chunks, up to the longest string taken
+	// and while there is room. Without a constant step (one depth, or
+	// spaces and tabs mixed) nothing is added.
+	const std::string twoDeep = "<a>\n  <b>\n    <c/>\n  </b>\n</a>";
+	const std::string sixSpaces = "\n      ";
+	const std::string eightSpaces = "\n        ";
+	struct { const char* what; std::string sample; std::size_t chunks; std::size_t length; std::vector<std::string> added; } cases[] =
+	{
+		{"two depths", twoDeep, 256, 64, {sixSpaces, eightSpaces}},
+		{"no room for the last", twoDeep, 4, 64, {sixSpaces}},
+		{"the longest string taken", twoDeep, 256, 7, {sixSpaces}},
+		{"one depth", "<a>\n  <b/>\n</a>", 256, 64, {}},
+		{"spaces and tabs", "<a>\n  <b>\n\t\t<c/>\n  </b>\n</a>", 256, 64, {}},
+	};
+	for (const auto& c: cases)
+	{
+		SCOPED_TRACE(c.what);
+		VocabularyBuilder builder;
+		builder.setMaxCharacterChunks(c.chunks);
+		builder.setMaxStringLength(c.length);
+		std::vector<std::string> chunks = entries(built({c.sample}, builder), DV::CONTENT_CHARACTER_CHUNK);
+		const std::size_t own = chunks.size() - c.added.size();
+		ASSERT_LE(c.added.size(), chunks.size());
+		EXPECT_EQ(c.added, std::vector<std::string>(chunks.begin() + static_cast<std::ptrdiff_t>(own), chunks.end()));
+	}
+}
+
+
 TEST(VocabularyBuilderTest, SamplesGiveOneVocabularyInAnyOrderAndForm)
 {
 	const std::string expected = toHex(saved(built({ORDER_1, ORDER_2})));

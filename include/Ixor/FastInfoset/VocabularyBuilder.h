@@ -36,6 +36,10 @@ class FastInfoset_API VocabularyBuilder: public Ixor::XML::ContentHandler
 	/// A string saves its length once in every document it appears in (a
 	/// document writes its repeats as indexes anyway), so the candidates are
 	/// ranked by the number of samples they appear in times their length.
+	/// Where the samples' text between tags is a line end indented by a
+	/// constant step, the indentation of the next depths follows, up to
+	/// twice the samples' deepest (within the limits on chunks and length):
+	/// documents of one kind are indented alike but may nest deeper.
 	///
 	/// Within each table the entries are ordered by how often the samples
 	/// use them, the most used first, since small indexes are written in
