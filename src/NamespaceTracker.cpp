@@ -9,6 +9,7 @@ namespace FastInfoset {
 NamespaceTracker::NamespaceTracker():
 	_prefixCounter(0),
 	_generation(1),
+	_depth(0),
 	_emptyURIMapped(false),
 	_prefixCacheMapped(false),
 	_prefixCacheGeneration(0),
@@ -16,7 +17,7 @@ NamespaceTracker::NamespaceTracker():
 	_attributePrefixGeneration(0)
 {
 	_namespaces.reset();
-	_contextDeclares.assign(1, true);   // the reset context declares "xml" and "xmlns"
+	_contextDepths.assign(1, 0);   // the reset context declares "xml" and "xmlns"
 }
 
 
@@ -24,7 +25,12 @@ void NamespaceTracker::startDocument()
 {
 	// Back to the first context, which holds only "xml" and "xmlns": unlike
 	// a reset of the namespace support, this allocates nothing.
-	while (_contextDeclares.size() > 1) popContext();
+	while (_contextDepths.size() > 1)
+	{
+		_namespaces.popContext();
+		_contextDepths.pop_back();
+	}
+	_depth = 0;
 	_prefixCounter = 0;
 	++_generation;
 	pushContext();
@@ -82,8 +88,12 @@ const std::string& NamespaceTracker::attributePrefixOf(const std::string& uri)
 
 void NamespaceTracker::declarePrefix(const std::string& prefix, const std::string& uri)
 {
+	if (_contextDepths.back() != _depth)
+	{
+		_namespaces.pushContext();
+		_contextDepths.push_back(_depth);
+	}
 	_namespaces.declarePrefix(prefix, uri);
-	if (!_contextDeclares.empty()) _contextDeclares.back() = true;
 	if (uri.empty() && !prefix.empty()) _emptyURIMapped = true;
 	++_generation;
 }
@@ -91,29 +101,16 @@ void NamespaceTracker::declarePrefix(const std::string& prefix, const std::strin
 
 void NamespaceTracker::undeclarePrefix(const std::string& prefix)
 {
-	_namespaces.undeclarePrefix(prefix);
+	if (_contextDepths.back() == _depth) _namespaces.undeclarePrefix(prefix);
 	++_generation;
 }
 
 
-void NamespaceTracker::pushContext()
+void NamespaceTracker::closeDeclaringContext()
 {
-	_namespaces.pushContext();
-	_contextDeclares.push_back(false);
-}
-
-
-void NamespaceTracker::popContext()
-{
-	// The namespace support cannot do without its first context.
-	if (_contextDeclares.size() == 1) return;
 	_namespaces.popContext();
-	if (!_contextDeclares.empty())
-	{
-		if (_contextDeclares.back()) ++_generation;
-		_contextDeclares.pop_back();
-	}
-	else ++_generation;
+	_contextDepths.pop_back();
+	++_generation;
 }
 
 

@@ -74,14 +74,19 @@ public:
 
 private:
 	std::size_t collectDeclarations(std::vector<Declaration>& declarations);
+	void closeDeclaringContext();
 	void lookUpPrefix(const std::string& uri);
 	void lookUpURI(const std::string& prefix);
 
+	// Most elements declare nothing: the namespace support gets a context
+	// only at the depth where a declaration is made, and an empty context
+	// would change no answer.
 	Ixor::XML::NamespaceSupport            _namespaces;
 	Ixor::XML::NamespaceSupport::PrefixSet _prefixes;          // scratch
 	int                                    _prefixCounter;
 	UInt64                                 _generation;        // changes with every declaration made or dropped
-	std::vector<bool>                      _contextDeclares;   // per open context: whether it received a declaration
+	std::size_t                            _depth;             // contexts opened since the first
+	std::vector<std::size_t>               _contextDepths;     // the depth of each context of the namespace support
 	bool                                   _emptyURIMapped;    // whether a prefix was ever declared for no namespace
 	std::string                            _noPrefix;
 	std::string                            _prefixCacheURI;
@@ -121,8 +126,23 @@ inline bool NamespaceTracker::isMapped(const std::string& uri)
 inline std::size_t NamespaceTracker::declarations(std::vector<Declaration>& declarations)
 {
 	// A context that received no declaration has none to give.
-	if (!_contextDeclares.empty() && !_contextDeclares.back()) return 0;
+	if (_contextDepths.back() != _depth) return 0;
 	return collectDeclarations(declarations);
+}
+
+
+inline void NamespaceTracker::pushContext()
+{
+	++_depth;
+}
+
+
+inline void NamespaceTracker::popContext()
+{
+	// The first context stays.
+	if (_depth == 0) return;
+	if (_contextDepths.back() == _depth) closeDeclaringContext();
+	--_depth;
 }
 
 
