@@ -19,6 +19,8 @@ RestrictedAlphabet::RestrictedAlphabet(const std::string& utf8Characters):
 {
 	poco_assert(!utf8Characters.empty());
 
+	// At most one character per octet: one allocation.
+	_codes.reserve(_characters.size());
 	Ixor::UTF8Encoding utf8;
 	Ixor::TextIterator it(_characters, utf8);
 	const Ixor::TextIterator end(_characters);
