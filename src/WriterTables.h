@@ -128,16 +128,16 @@ private:
 	};
 
 	struct NameCacheSlot
-		/// A qualified name found before: its prefix and namespace indexes,
-		/// its local name as stored in the local-name table, and its index.
+		/// A qualified name found before: its three parts as the tables hold
+		/// them, and its index.
 	{
 		const void*        pNameTable;
 		const void*        pLocalTable;
 		const std::string* pLocalName;
+		const std::string* pPrefix;
+		const std::string* pURI;
 		UInt32             hash;
 		UInt32             generation;
-		unsigned int       prefixIndex;
-		unsigned int       namespaceIndex;
 		unsigned int       index;
 	};
 
