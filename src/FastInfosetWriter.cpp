@@ -21,6 +21,7 @@
 #include "PendingValues.h"
 #include "WriterTables.h"
 #include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/NamespaceSupport.h"
 #include <algorithm>
 #include <climits>
 #include <cstring>

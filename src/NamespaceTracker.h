@@ -13,7 +13,6 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Poco/SAX/NamespaceSupport.h"
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -73,20 +72,32 @@ public:
 		/// "ns" and the next number, from 1 on.
 
 private:
+	struct Binding
+	{
+		std::string prefix;
+		std::string uri;
+	};
+
 	std::size_t collectDeclarations(std::vector<Declaration>& declarations);
-	void closeDeclaringContext();
 	void lookUpPrefix(const std::string& uri);
 	void lookUpURI(const std::string& prefix);
+	const std::string* findURI(const std::string& prefix) const;
+	const Binding* innermostFor(const std::string& uri) const;
+	bool hasBinding(const std::string& uri) const;
+	void bind(const std::string& prefix, const std::string& uri);
 
-	// Most elements declare nothing: the namespace support gets a context
-	// only at the depth where a declaration is made, and an empty context
-	// would change no answer.
-	Ixor::XML::NamespaceSupport            _namespaces;
-	Ixor::XML::NamespaceSupport::PrefixSet _prefixes;          // scratch
+	// The bindings in scope, outermost first, each context's after those of
+	// the contexts around it; entries past _bindingCount are spare, kept
+	// with their strings' memory. Answers are those of the host's
+	// namespace support: an inner binding of a prefix hides an outer one
+	// for uriOf(); prefixOf() takes the innermost context that has a
+	// prefix for the namespace name, and the first such prefix in order.
+	std::vector<Binding>                   _bindings;
+	std::size_t                            _bindingCount;
+	std::vector<std::size_t>               _contextStarts;     // where each open context's bindings start
+	std::vector<const Binding*>            _ordered;           // scratch
 	int                                    _prefixCounter;
 	UInt64                                 _generation;        // changes with every declaration made or dropped
-	std::size_t                            _depth;             // contexts opened since the first
-	std::vector<std::size_t>               _contextDepths;     // the depth of each context of the namespace support
 	bool                                   _emptyURIMapped;    // whether a prefix was ever declared for no namespace
 	std::string                            _noPrefix;
 	std::string                            _prefixCacheURI;
@@ -117,7 +128,7 @@ inline const std::string& NamespaceTracker::prefixOf(const std::string& uri)
 
 inline bool NamespaceTracker::isMapped(const std::string& uri)
 {
-	if (uri.empty() && !_emptyURIMapped) return _namespaces.isMapped(uri);
+	if (uri.empty() && !_emptyURIMapped) return hasBinding(uri);
 	prefixOf(uri);
 	return _prefixCacheMapped;
 }
@@ -126,23 +137,27 @@ inline bool NamespaceTracker::isMapped(const std::string& uri)
 inline std::size_t NamespaceTracker::declarations(std::vector<Declaration>& declarations)
 {
 	// A context that received no declaration has none to give.
-	if (_contextDepths.back() != _depth) return 0;
+	if (_contextStarts.back() == _bindingCount) return 0;
 	return collectDeclarations(declarations);
 }
 
 
 inline void NamespaceTracker::pushContext()
 {
-	++_depth;
+	_contextStarts.push_back(_bindingCount);
 }
 
 
 inline void NamespaceTracker::popContext()
 {
 	// The first context stays.
-	if (_depth == 0) return;
-	if (_contextDepths.back() == _depth) closeDeclaringContext();
-	--_depth;
+	if (_contextStarts.size() == 1) return;
+	if (_contextStarts.back() != _bindingCount)
+	{
+		_bindingCount = _contextStarts.back();
+		++_generation;
+	}
+	_contextStarts.pop_back();
 }
 
 
