@@ -58,6 +58,18 @@ void DeferredProlog::addDTDEnd()
 }
 
 
+std::size_t DeferredProlog::itemCount() const
+{
+	return _itemCount;
+}
+
+
+const DeferredProlog::Item& DeferredProlog::item(std::size_t i) const
+{
+	return _items[i];
+}
+
+
 void DeferredProlog::clearItems()
 {
 	_itemCount = 0;

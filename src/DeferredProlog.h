@@ -94,18 +94,6 @@ inline const std::vector<UnparsedEntity>& DeferredProlog::unparsedEntities() con
 }
 
 
-inline std::size_t DeferredProlog::itemCount() const
-{
-	return _itemCount;
-}
-
-
-inline const DeferredProlog::Item& DeferredProlog::item(std::size_t i) const
-{
-	return _items[i];
-}
-
-
 } } // namespace Ixor::FastInfoset
 
 
