@@ -1,4 +1,6 @@
 #include "WriterTables.h"
+#include <algorithm>
+#include <iterator>
 
 
 namespace Ixor {
@@ -11,7 +13,7 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_views(),
 	_nameViews(),
 	_generation(1),
-	_nameCache(),
+	_slotGenerations(),
 	_recentPrefixes(),
 	_recentNamespaces()
 {
@@ -22,10 +24,7 @@ void WriterTables::refreshViews()
 {
 	for (StringTableView& view: _views) view = StringTableView();
 	for (NameTableView& view: _nameViews) view = NameTableView();
-	for (auto& slots: _nameCache)
-	{
-		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
-	}
+	forgetNames();
 	forgetRecentLookups();
 	_viewsRevision = _vocabulary.revision();
 }
@@ -61,6 +60,14 @@ unsigned int WriterTables::indexOfInOther(DocumentVocabulary::ID id, const char*
 	const unsigned int index = pTable->exists(_text, existed);
 	if (existed || pTable->size() > MAX_INDEX) return index;
 	return _vocabulary.index(id, _text, existed);
+}
+
+
+void WriterTables::forgetNames()
+{
+	if (++_generation != 0) return;
+	for (auto& generations: _slotGenerations) std::fill(std::begin(generations), std::end(generations), 0u);
+	_generation = 1;
 }
 
 
@@ -112,8 +119,9 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 	const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
 	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size())
 		^ static_cast<UInt32>(uri.size() * 0x9E3779B1u) ^ static_cast<UInt32>(prefix.size() * 0x85EBCA77u);
+	UInt32& slotGeneration = _slotGenerations[element][hash % NAME_CACHE_SIZE];
 	NameCacheSlot& slot = _nameCache[element][hash % NAME_CACHE_SIZE];
-	if (slot.generation != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
+	if (slotGeneration != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
 		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size())
 		|| !VocabularyHash<std::string>::equal(*slot.pURI, uri.data(), uri.size())
 		|| !VocabularyHash<std::string>::equal(*slot.pPrefix, prefix.data(), prefix.size()))
@@ -134,7 +142,7 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		slot.pPrefix = pStoredPrefix;
 		slot.pURI = pStoredURI;
 		slot.hash = hash;
-		slot.generation = _generation;
+		slotGeneration = _generation;
 		slot.index = index;
 	}
 	if (pStored)
@@ -220,7 +228,7 @@ void WriterTables::truncate(const Sizes& sizes)
 		truncateTable<std::string>(viewOf(static_cast<DocumentVocabulary::ID>(id)), sizes.strings[id]);
 	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
 	// Indexes remembered may now name other entries, or none.
-	++_generation;
+	forgetNames();
 	forgetRecentLookups();
 }
 
