@@ -15,7 +15,7 @@ NamespaceTracker::NamespaceTracker():
 	_emptyURIMapped(false),
 	_prefixCacheMapped(false),
 	_prefixCacheGeneration(0),
-	_uriCacheGeneration(0),
+	_nextURIAnswer(0),
 	_attributePrefixGeneration(0)
 {
 	// The first context declares "xml" and "xmlns" as the host's namespace
@@ -99,13 +99,14 @@ void NamespaceTracker::lookUpPrefix(const std::string& uri)
 }
 
 
-void NamespaceTracker::lookUpURI(const std::string& prefix)
+const std::string& NamespaceTracker::lookUpURI(const std::string& prefix)
 {
 	const std::string* pURI = findURI(prefix);
-	_uriCachePrefix = prefix;
-	if (pURI) _uriCacheURI = *pURI;
-	else _uriCacheURI.clear();
-	_uriCacheGeneration = _generation;
+	URIAnswer& answer = _uriAnswers[_nextURIAnswer++ % URI_ANSWERS];
+	answer.prefix = prefix;
+	answer.pURI = pURI ? pURI : &_noPrefix;
+	answer.generation = _generation;
+	return *answer.pURI;
 }
 
 

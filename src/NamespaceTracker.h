@@ -53,6 +53,7 @@ public:
 
 	const std::string& uriOf(const std::string& prefix);
 		/// The namespace name prefix means in scope; empty when unmapped.
+		/// Valid until the next declaration or context change.
 
 	void declarePrefix(const std::string& prefix, const std::string& uri);
 		/// Declares prefix in the current context.
@@ -80,7 +81,7 @@ private:
 
 	std::size_t collectDeclarations(std::vector<Declaration>& declarations);
 	void lookUpPrefix(const std::string& uri);
-	void lookUpURI(const std::string& prefix);
+	const std::string& lookUpURI(const std::string& prefix);
 	const std::string* findURI(const std::string& prefix) const;
 	const Binding* innermostFor(const std::string& uri) const;
 	bool hasBinding(const std::string& uri) const;
@@ -104,9 +105,20 @@ private:
 	std::string                            _prefixCachePrefix;
 	bool                                   _prefixCacheMapped;
 	UInt64                                 _prefixCacheGeneration;
-	std::string                            _uriCachePrefix;
-	std::string                            _uriCacheURI;
-	UInt64                                 _uriCacheGeneration;
+	struct URIAnswer
+		/// A prefix looked up, and where its namespace name is held.
+	{
+		std::string        prefix;
+		const std::string* pURI = nullptr;
+		UInt64             generation = 0;
+	};
+
+	// An element's prefix and its attributes' take turns: a few answers are
+	// kept, each valid while no declaration comes or goes (bindings move
+	// only then).
+	enum { URI_ANSWERS = 4 };
+	URIAnswer                              _uriAnswers[URI_ANSWERS];
+	unsigned int                           _nextURIAnswer;
 	std::string                            _attributePrefixURI;
 	std::string                            _attributePrefix;
 	UInt64                                 _attributePrefixGeneration;
@@ -163,8 +175,11 @@ inline void NamespaceTracker::popContext()
 
 inline const std::string& NamespaceTracker::uriOf(const std::string& prefix)
 {
-	if (_uriCacheGeneration != _generation || prefix != _uriCachePrefix) lookUpURI(prefix);
-	return _uriCacheURI;
+	for (const URIAnswer& answer: _uriAnswers)
+	{
+		if (answer.generation == _generation && answer.prefix == prefix) return *answer.pURI;
+	}
+	return lookUpURI(prefix);
 }
 
 
