@@ -17,33 +17,62 @@ void DeferredProlog::addUnparsedEntity(const std::string& name, const std::strin
 }
 
 
+DeferredProlog::Item& DeferredProlog::nextItem(Item::Kind kind)
+{
+	if (_itemCount == _items.size()) _items.emplace_back();
+	Item& item = _items[_itemCount++];
+	item.kind = kind;
+	return item;
+}
+
+
 void DeferredProlog::addProcessingInstruction(const std::string& target, const std::string& data)
 {
-	_items.push_back(Item{Item::PROCESSING_INSTRUCTION, target, data});
+	Item& item = nextItem(Item::PROCESSING_INSTRUCTION);
+	item.first = target;
+	item.second = data;
 }
 
 
 void DeferredProlog::addComment(const char* text, std::size_t length)
 {
-	_items.push_back(Item{Item::COMMENT, std::string(text, length), std::string()});
+	Item& item = nextItem(Item::COMMENT);
+	item.first.assign(text, length);
+	item.second.clear();
 }
 
 
 void DeferredProlog::addDTDStart(const std::string& publicId, const std::string& systemId)
 {
-	_items.push_back(Item{Item::DTD_START, publicId, systemId});
+	Item& item = nextItem(Item::DTD_START);
+	item.first = publicId;
+	item.second = systemId;
 }
 
 
 void DeferredProlog::addDTDEnd()
 {
-	_items.push_back(Item{Item::DTD_END, std::string(), std::string()});
+	Item& item = nextItem(Item::DTD_END);
+	item.first.clear();
+	item.second.clear();
+}
+
+
+std::size_t DeferredProlog::itemCount() const
+{
+	return _itemCount;
+}
+
+
+const DeferredProlog::Item& DeferredProlog::item(std::size_t i) const
+{
+	return _items[i];
 }
 
 
 void DeferredProlog::clearItems()
 {
-	_items.clear();
+	_itemCount = 0;
 }
 
 
@@ -51,7 +80,7 @@ void DeferredProlog::clear()
 {
 	_notations.clear();
 	_unparsedEntities.clear();
-	_items.clear();
+	_itemCount = 0;
 }
 
 

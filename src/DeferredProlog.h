@@ -60,7 +60,8 @@ public:
 	const std::vector<Notation>& notations() const;
 	const std::vector<UnparsedEntity>& unparsedEntities() const;
 
-	const std::vector<Item>& items() const;
+	std::size_t itemCount() const;
+	const Item& item(std::size_t i) const;
 		/// The events to write after the header, in their order.
 
 	void clearItems();
@@ -69,9 +70,12 @@ public:
 		/// Forgets everything, keeping the memory of the lists.
 
 private:
+	Item& nextItem(Item::Kind kind);
+
 	std::vector<Notation>       _notations;
 	std::vector<UnparsedEntity> _unparsedEntities;
-	std::vector<Item>           _items;
+	std::vector<Item>           _items;       // entries past _itemCount are spare, with their strings' memory
+	std::size_t                 _itemCount = 0;
 };
 
 
@@ -87,12 +91,6 @@ inline const std::vector<Notation>& DeferredProlog::notations() const
 inline const std::vector<UnparsedEntity>& DeferredProlog::unparsedEntities() const
 {
 	return _unparsedEntities;
-}
-
-
-inline const std::vector<DeferredProlog::Item>& DeferredProlog::items() const
-{
-	return _items;
 }
 
 

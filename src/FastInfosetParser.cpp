@@ -4,6 +4,7 @@
 #include "Ixor/FastInfoset/FISContentHandler.h"
 #include "Ixor/FastInfoset/FISDocumentHandler.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/VerbTable.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/ContentHandler.h"
 #include "Poco/SAX/DTDHandler.h"
@@ -42,23 +43,6 @@ namespace
 	// Strings of the lists longer than this are released after the element
 	// is reported, so that what the lists hold stays small.
 	const std::size_t RETAINED_ATTRIBUTE_OCTETS = 256;
-
-
-	inline void assignText(std::string& to, const char* pText, std::size_t length)
-		/// A value no longer than the one it replaces is copied in place
-		/// here: string::assign() is a call into the library, and the values
-		/// of an attribute are mostly of a few lengths.
-	{
-		if (length > to.size())
-		{
-			// Cheaper than assign(), which allows for text inside the string.
-			to.clear();
-			to.append(pText, length);
-			return;
-		}
-		to.resize(length);
-		if (length > 0) std::memcpy(&to[0], pText, length);
-	}
 
 
 	class FaultReport: public Ixor::XML::SAXParseException
@@ -787,7 +771,7 @@ inline void FastInfosetParser::Dispatch::fillSlot(AttributeList& list, std::size
 	// A value from a table that the slot holds already is left as it is.
 	if (attribute.pValue && held.pValue == attribute.pValue) return;
 	held.pValue = attribute.pValue;
-	if (attribute.pData) assignText(slot.value, attribute.pData, attribute.length);
+	if (attribute.pData) VerbTableDetail::assignText(slot.value, attribute.pData, attribute.length);
 	else slot.value = attribute.copy;
 	if (attribute.length > RETAINED_ATTRIBUTE_OCTETS) _trimAttributes = true;
 }

@@ -21,6 +21,7 @@
 #include "PendingValues.h"
 #include "WriterTables.h"
 #include "Poco/SAX/AttributesImpl.h"
+#include "Poco/SAX/NamespaceSupport.h"
 #include <algorithm>
 #include <climits>
 #include <cstring>
@@ -175,8 +176,9 @@ void FastInfosetWriter::Impl::writeProlog()
 {
 	HeaderWriter(bits, items).write(writeXMLDeclaration, vocabulary, externalVocabularyURI, externalVocabulary, prolog);
 	progress = BODY;
-	for (const DeferredProlog::Item& item: prolog.items())
+	for (std::size_t i = 0; i < prolog.itemCount(); ++i)
 	{
+		const DeferredProlog::Item& item = prolog.item(i);
 		switch (item.kind)
 		{
 		case DeferredProlog::Item::PROCESSING_INSTRUCTION: items.processingInstruction(item.first, item.second); break;

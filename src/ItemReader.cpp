@@ -72,7 +72,8 @@ ItemReader::ItemReader(const DocumentVocabulary& vocabulary):
 	_longAttributes(false),
 	_delivered(0),
 	_nextCheck(0),
-	_qnameOctets(0)
+	_qnameOctets(0),
+	_appendOnly()
 {
 	_limits.maxElementDepth = std::numeric_limits<std::size_t>::max();
 	_limits.maxNamespaceDeclarations = std::numeric_limits<std::size_t>::max();
@@ -377,8 +378,7 @@ bool ItemReader::readAttributeValue(BitStreamReader& r, const NameEntry& name, C
 	if (addToTable)
 	{
 		// The value now lives in the table: the list refers to it there.
-		_identifying.assign(pData, length);
-		index = addString(DocumentVocabulary::ATTRIBUTE_VALUE, _identifying);
+		index = addString(DocumentVocabulary::ATTRIBUTE_VALUE, pData, length);
 		addAttribute(name, stringAt(DocumentVocabulary::ATTRIBUTE_VALUE, index));
 	}
 	// A view into a block in memory stays valid for the whole parse.
@@ -434,6 +434,22 @@ unsigned int ItemReader::addString(DocumentVocabulary::ID id, const std::string&
 }
 
 
+unsigned int ItemReader::addString(DocumentVocabulary::ID id, const char* pData, std::size_t length)
+	/// An append-only table takes the literal from the input as it stands;
+	/// the others look it up as a string.
+{
+	VectorVocabulary<std::string>* pTable = _appendOnly[id];
+	if (!pTable)
+	{
+		_identifying.assign(pData, length);
+		return addString(id, _identifying);
+	}
+	std::vector<const std::string*>& strings = _strings[id];
+	strings.push_back(&pTable->append(pData, length));
+	return static_cast<unsigned int>(strings.size() - 1);
+}
+
+
 void ItemReader::syncStrings(DocumentVocabulary::ID id)
 {
 	// Every kind of table keeps its entries in its index, in index order.
@@ -452,6 +468,7 @@ void ItemReader::syncTables()
 	{
 		_strings[id].clear();
 		syncStrings(static_cast<DocumentVocabulary::ID>(id));
+		_appendOnly[id] = dynamic_cast<VectorVocabulary<std::string>*>(_vocabulary.vocabulary(static_cast<DocumentVocabulary::ID>(id)));
 	}
 	for (int element = 0; element < 2; ++element)
 	{

@@ -21,6 +21,7 @@
 #include "Ixor/FastInfoset/DocumentVocabulary.h"
 #include "Ixor/FastInfoset/Encoding.h"
 #include "Ixor/FastInfoset/FISException.h"
+#include "Ixor/FastInfoset/VectorVocabulary.h"
 #include "FastDecoding.h"
 #include "HeaderListener.h"
 #include <cstddef>
@@ -277,6 +278,7 @@ private:
 	const std::string& deliveredAt(DocumentVocabulary::ID id, unsigned int index);
 	void checkAmplification();
 	unsigned int addString(DocumentVocabulary::ID id, const std::string& text);
+	unsigned int addString(DocumentVocabulary::ID id, const char* pData, std::size_t length);
 	void syncStrings(DocumentVocabulary::ID id);
 	void syncTables();
 	const NameEntry* usedName(unsigned int index, bool element) const;
@@ -341,6 +343,7 @@ private:
 	// index, kept in step with every entry the reader adds: lookups by index
 	// cost one array access instead of virtual calls through the tables.
 	std::vector<const std::string*>   _strings[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
+	VectorVocabulary<std::string>*    _appendOnly[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];   // the tables that are, or null
 	// The names of the element-name and attribute-name tables, by index.
 	// Entries stay in place, and their storage from document to document.
 	VerbTable<NameEntry>              _names[2];
@@ -997,8 +1000,7 @@ bool ItemReader::readCharacterChunkFast(BitStreamReader& r, UInt64 window, int a
 	unsigned int added = 0;
 	if (addToTable)
 	{
-		_identifying.assign(pData, length);
-		added = addString(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, _identifying);
+		added = addString(DocumentVocabulary::CONTENT_CHARACTER_CHUNK, pData, length);
 	}
 	if constexpr (Sink::DETAILED)
 	{

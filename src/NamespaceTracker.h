@@ -13,7 +13,6 @@
 
 
 #include "Ixor/FastInfoset/FastInfoset.h"
-#include "Poco/SAX/NamespaceSupport.h"
 #include <cstddef>
 #include <string>
 #include <utility>
@@ -54,6 +53,7 @@ public:
 
 	const std::string& uriOf(const std::string& prefix);
 		/// The namespace name prefix means in scope; empty when unmapped.
+		/// Valid until the next declaration or context change.
 
 	void declarePrefix(const std::string& prefix, const std::string& uri);
 		/// Declares prefix in the current context.
@@ -73,24 +73,52 @@ public:
 		/// "ns" and the next number, from 1 on.
 
 private:
+	struct Binding
+	{
+		std::string prefix;
+		std::string uri;
+	};
+
 	std::size_t collectDeclarations(std::vector<Declaration>& declarations);
 	void lookUpPrefix(const std::string& uri);
-	void lookUpURI(const std::string& prefix);
+	const std::string& lookUpURI(const std::string& prefix);
+	const std::string* findURI(const std::string& prefix) const;
+	const Binding* innermostFor(const std::string& uri) const;
+	bool hasBinding(const std::string& uri) const;
+	void bind(const std::string& prefix, const std::string& uri);
 
-	Ixor::XML::NamespaceSupport            _namespaces;
-	Ixor::XML::NamespaceSupport::PrefixSet _prefixes;          // scratch
+	// The bindings in scope, outermost first, each context's after those of
+	// the contexts around it; entries past _bindingCount are spare, kept
+	// with their strings' memory. Answers are those of the host's
+	// namespace support: an inner binding of a prefix hides an outer one
+	// for uriOf(); prefixOf() takes the innermost context that has a
+	// prefix for the namespace name, and the first such prefix in order.
+	std::vector<Binding>                   _bindings;
+	std::size_t                            _bindingCount;
+	std::vector<std::size_t>               _contextStarts;     // where each open context's bindings start
+	std::vector<const Binding*>            _ordered;           // scratch
 	int                                    _prefixCounter;
 	UInt64                                 _generation;        // changes with every declaration made or dropped
-	std::vector<bool>                      _contextDeclares;   // per open context: whether it received a declaration
 	bool                                   _emptyURIMapped;    // whether a prefix was ever declared for no namespace
 	std::string                            _noPrefix;
 	std::string                            _prefixCacheURI;
 	std::string                            _prefixCachePrefix;
 	bool                                   _prefixCacheMapped;
 	UInt64                                 _prefixCacheGeneration;
-	std::string                            _uriCachePrefix;
-	std::string                            _uriCacheURI;
-	UInt64                                 _uriCacheGeneration;
+	struct URIAnswer
+		/// A prefix looked up, and where its namespace name is held.
+	{
+		std::string        prefix;
+		const std::string* pURI = nullptr;
+		UInt64             generation = 0;
+	};
+
+	// An element's prefix and its attributes' take turns: a few answers are
+	// kept, each valid while no declaration comes or goes (bindings move
+	// only then).
+	enum { URI_ANSWERS = 4 };
+	URIAnswer                              _uriAnswers[URI_ANSWERS];
+	unsigned int                           _nextURIAnswer;
 	std::string                            _attributePrefixURI;
 	std::string                            _attributePrefix;
 	UInt64                                 _attributePrefixGeneration;
@@ -112,7 +140,7 @@ inline const std::string& NamespaceTracker::prefixOf(const std::string& uri)
 
 inline bool NamespaceTracker::isMapped(const std::string& uri)
 {
-	if (uri.empty() && !_emptyURIMapped) return _namespaces.isMapped(uri);
+	if (uri.empty() && !_emptyURIMapped) return hasBinding(uri);
 	prefixOf(uri);
 	return _prefixCacheMapped;
 }
@@ -121,15 +149,37 @@ inline bool NamespaceTracker::isMapped(const std::string& uri)
 inline std::size_t NamespaceTracker::declarations(std::vector<Declaration>& declarations)
 {
 	// A context that received no declaration has none to give.
-	if (!_contextDeclares.empty() && !_contextDeclares.back()) return 0;
+	if (_contextStarts.back() == _bindingCount) return 0;
 	return collectDeclarations(declarations);
+}
+
+
+inline void NamespaceTracker::pushContext()
+{
+	_contextStarts.push_back(_bindingCount);
+}
+
+
+inline void NamespaceTracker::popContext()
+{
+	// The first context stays.
+	if (_contextStarts.size() == 1) return;
+	if (_contextStarts.back() != _bindingCount)
+	{
+		_bindingCount = _contextStarts.back();
+		++_generation;
+	}
+	_contextStarts.pop_back();
 }
 
 
 inline const std::string& NamespaceTracker::uriOf(const std::string& prefix)
 {
-	if (_uriCacheGeneration != _generation || prefix != _uriCachePrefix) lookUpURI(prefix);
-	return _uriCacheURI;
+	for (const URIAnswer& answer: _uriAnswers)
+	{
+		if (answer.generation == _generation && answer.prefix == prefix) return *answer.pURI;
+	}
+	return lookUpURI(prefix);
 }
 
 

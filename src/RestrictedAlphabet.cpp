@@ -1,6 +1,7 @@
 #include "Ixor/FastInfoset/RestrictedAlphabet.h"
 #include "Poco/TextIterator.h"
 #include "Poco/UTF8Encoding.h"
+#include <algorithm>
 
 
 namespace Ixor {
@@ -19,15 +20,26 @@ RestrictedAlphabet::RestrictedAlphabet(const std::string& utf8Characters):
 {
 	poco_assert(!utf8Characters.empty());
 
-	Ixor::UTF8Encoding utf8;
-	Ixor::TextIterator it(_characters, utf8);
-	const Ixor::TextIterator end(_characters);
-	for (; it != end; ++it)
+	// At most one character per octet: one allocation. ASCII, as in the
+	// built-in alphabets that every vocabulary makes, needs no decoder.
+	_codes.reserve(_characters.size());
+	if (std::all_of(_characters.begin(), _characters.end(), [](char octet) { return static_cast<unsigned char>(octet) < 0x80; }))
 	{
-		// Alphabets come from documents too. An invalid sequence would have
-		// no UTF-8 form on decoding; it stands for "?", as invalid UTF-16 does.
-		const int ch = *it;
-		_codes.push_back(ch < 0 ? '?' : ch);
+		_codes.assign(_characters.begin(), _characters.end());
+	}
+	else
+	{
+		Ixor::UTF8Encoding utf8;
+		Ixor::TextIterator it(_characters, utf8);
+		const Ixor::TextIterator end(_characters);
+		for (; it != end; ++it)
+		{
+			// Alphabets come from documents too. An invalid sequence would
+			// have no UTF-8 form on decoding; it stands for "?", as invalid
+			// UTF-16 does.
+			const int ch = *it;
+			_codes.push_back(ch < 0 ? '?' : ch);
+		}
 	}
 
 	// The bits of N: the smallest k with 2^k > N.

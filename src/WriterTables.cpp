@@ -1,4 +1,6 @@
 #include "WriterTables.h"
+#include <algorithm>
+#include <iterator>
 
 
 namespace Ixor {
@@ -11,7 +13,7 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_views(),
 	_nameViews(),
 	_generation(1),
-	_nameCache(),
+	_slotGenerations(),
 	_recentPrefixes(),
 	_recentNamespaces()
 {
@@ -22,10 +24,7 @@ void WriterTables::refreshViews()
 {
 	for (StringTableView& view: _views) view = StringTableView();
 	for (NameTableView& view: _nameViews) view = NameTableView();
-	for (auto& slots: _nameCache)
-	{
-		for (NameCacheSlot& slot: slots) slot = NameCacheSlot();
-	}
+	forgetNames();
 	forgetRecentLookups();
 	_viewsRevision = _vocabulary.revision();
 }
@@ -61,6 +60,14 @@ unsigned int WriterTables::indexOfInOther(DocumentVocabulary::ID id, const char*
 	const unsigned int index = pTable->exists(_text, existed);
 	if (existed || pTable->size() > MAX_INDEX) return index;
 	return _vocabulary.index(id, _text, existed);
+}
+
+
+void WriterTables::forgetNames()
+{
+	if (++_generation != 0) return;
+	for (auto& generations: _slotGenerations) std::fill(std::begin(generations), std::end(generations), 0u);
+	_generation = 1;
 }
 
 
@@ -102,25 +109,29 @@ FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabula
 
 unsigned int WriterTables::findName(const std::string& prefix, const std::string& uri, const std::string& localName, bool element, StoredName* pStored)
 {
-	const std::string* pStoredPrefix = 0;
-	const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _recentPrefixes, pStoredPrefix);
-	if (prefixIndex == NOT_FOUND) return NOT_FOUND;
-	const std::string* pStoredURI = 0;
-	const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _recentNamespaces, pStoredURI);
-	if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
-
-	// Names repeat: a name found before is recognised by its local name and
-	// the indexes of its prefix and namespace, without looking the local
-	// name and the qualified name up in their tables again. The table
-	// pointers guard against nothing more than the revision does.
+	// Names repeat: a name found before is recognised by its three parts,
+	// compared with the strings that the tables hold, without looking any
+	// of them up again. The slot is chosen by the local name and the
+	// lengths of the other two, which costs no walk over a long namespace
+	// name. The table pointers guard against nothing more than the
+	// revision does.
 	const void* pNameTable = element ? _vocabulary.elementVocabulary() : _vocabulary.attributeVocabulary();
 	const void* pLocalTable = viewOf(DocumentVocabulary::LOCAL_NAME).pTable;
-	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size());
-	NameCacheSlot& slot = _nameCache[element][(hash ^ (prefixIndex * 0x9E3779B1u) ^ (namespaceIndex * 0x85EBCA77u)) % NAME_CACHE_SIZE];
-	if (slot.generation != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
-		|| slot.prefixIndex != prefixIndex || slot.namespaceIndex != namespaceIndex
-		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size()))
+	const UInt32 hash = VocabularyHash<std::string>::bytes(localName.data(), localName.size())
+		^ static_cast<UInt32>(uri.size() * 0x9E3779B1u) ^ static_cast<UInt32>(prefix.size() * 0x85EBCA77u);
+	UInt32& slotGeneration = _slotGenerations[element][hash % NAME_CACHE_SIZE];
+	NameCacheSlot& slot = _nameCache[element][hash % NAME_CACHE_SIZE];
+	if (slotGeneration != _generation || slot.pNameTable != pNameTable || slot.pLocalTable != pLocalTable || slot.hash != hash
+		|| !VocabularyHash<std::string>::equal(*slot.pLocalName, localName.data(), localName.size())
+		|| !VocabularyHash<std::string>::equal(*slot.pURI, uri.data(), uri.size())
+		|| !VocabularyHash<std::string>::equal(*slot.pPrefix, prefix.data(), prefix.size()))
 	{
+		const std::string* pStoredPrefix = 0;
+		const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _recentPrefixes, pStoredPrefix);
+		if (prefixIndex == NOT_FOUND) return NOT_FOUND;
+		const std::string* pStoredURI = 0;
+		const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _recentNamespaces, pStoredURI);
+		if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
 		const unsigned int localIndex = find(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
 		if (localIndex == NOT_FOUND) return NOT_FOUND;
 		const unsigned int index = findName(QualifiedNameEntry(prefixIndex, namespaceIndex, localIndex), element);
@@ -128,16 +139,16 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		slot.pNameTable = pNameTable;
 		slot.pLocalTable = pLocalTable;
 		slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
+		slot.pPrefix = pStoredPrefix;
+		slot.pURI = pStoredURI;
 		slot.hash = hash;
-		slot.generation = _generation;
-		slot.prefixIndex = prefixIndex;
-		slot.namespaceIndex = namespaceIndex;
+		slotGeneration = _generation;
 		slot.index = index;
 	}
 	if (pStored)
 	{
-		pStored->pPrefix = pStoredPrefix;
-		pStored->pURI = pStoredURI;
+		pStored->pPrefix = slot.pPrefix;
+		pStored->pURI = slot.pURI;
 		pStored->pLocalName = slot.pLocalName;
 	}
 	return slot.index;
@@ -217,7 +228,7 @@ void WriterTables::truncate(const Sizes& sizes)
 		truncateTable<std::string>(viewOf(static_cast<DocumentVocabulary::ID>(id)), sizes.strings[id]);
 	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
 	// Indexes remembered may now name other entries, or none.
-	++_generation;
+	forgetNames();
 	forgetRecentLookups();
 }
 

@@ -128,16 +128,15 @@ private:
 	};
 
 	struct NameCacheSlot
-		/// A qualified name found before: its prefix and namespace indexes,
-		/// its local name as stored in the local-name table, and its index.
+		/// A qualified name found before: its three parts as the tables hold
+		/// them, and its index.
 	{
 		const void*        pNameTable;
 		const void*        pLocalTable;
 		const std::string* pLocalName;
+		const std::string* pPrefix;
+		const std::string* pURI;
 		UInt32             hash;
-		UInt32             generation;
-		unsigned int       prefixIndex;
-		unsigned int       namespaceIndex;
 		unsigned int       index;
 	};
 
@@ -152,6 +151,7 @@ private:
 	NameTableView& nameViewOf(bool element);
 	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored);
 	void forgetRecentLookups();
+	void forgetNames();
 	unsigned int findName(const QualifiedNameEntry& name, bool element);
 	unsigned int findInOther(DocumentVocabulary::ID id, const char* data, std::size_t length);
 	unsigned int indexOfInOther(DocumentVocabulary::ID id, const char* data, std::size_t length, bool& existed);
@@ -162,7 +162,12 @@ private:
 	UInt64              _viewsRevision;
 	StringTableView     _views[DocumentVocabulary::CONTENT_CHARACTER_CHUNK + 1];
 	NameTableView       _nameViews[2];
-	UInt32              _generation;   // a slot of another generation is empty
+	// A slot whose generation is another is empty, and only a slot of this
+	// generation is read: the slots need no clearing when a writer is made
+	// or its tables change, only the small array of their generations does
+	// when the count wraps around.
+	UInt32              _generation;
+	UInt32              _slotGenerations[2][NAME_CACHE_SIZE];
 	NameCacheSlot       _nameCache[2][NAME_CACHE_SIZE];
 	RecentLookups       _recentPrefixes;
 	RecentLookups       _recentNamespaces;

@@ -1,5 +1,6 @@
 #include "XMLTextRules.h"
 #include "Poco/UTF8Encoding.h"
+#include <cstdint>
 #include <cstring>
 
 
@@ -22,7 +23,7 @@ namespace
 	};
 
 
-	int nameClass(int c)
+	constexpr int nameClass(int c)
 	{
 		if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || c == '_' || c == ':') return NAME_START;
 		if ((c >= '0' && c <= '9') || c == '-' || c == '.') return NAME_PART;
@@ -59,6 +60,21 @@ namespace
 	}
 
 
+	struct ASCIINameClasses
+		/// nameClass() of each ASCII character, looked up: names are mostly
+		/// ASCII, and every name of a document is checked where it is used.
+	{
+		constexpr ASCIINameClasses(): of()
+		{
+			for (int c = 0; c < 0x80; ++c) of[c] = static_cast<unsigned char>(nameClass(c));
+		}
+
+		unsigned char of[0x80];
+	};
+
+	constexpr ASCIINameClasses ASCII_NAME_CLASSES;
+
+
 	bool isNameWith(const std::string& name, bool colons)
 	{
 		const unsigned char* p = reinterpret_cast<const unsigned char*>(name.data());
@@ -67,9 +83,9 @@ namespace
 		bool first = true;
 		while (p != end)
 		{
-			std::size_t length = 0;
-			const int c = nextCharacter(p, static_cast<std::size_t>(end - p), length);
-			const int kind = c < 0 ? NOT_IN_NAMES : nameClass(c);
+			std::size_t length = 1;
+			const int c = *p < 0x80 ? *p : nextCharacter(p, static_cast<std::size_t>(end - p), length);
+			const int kind = c < 0 ? NOT_IN_NAMES : c < 0x80 ? ASCII_NAME_CLASSES.of[c] : nameClass(c);
 			if (kind == NOT_IN_NAMES || (first && kind != NAME_START) || (c == ':' && !colons)) return false;
 			first = false;
 			p += length;
@@ -86,7 +102,21 @@ std::size_t XMLTextRules::invalidCharacter(const char* text, std::size_t length)
 	const unsigned char* p = begin;
 	while (p != end)
 	{
-		// Most text is printable ASCII: one comparison per octet.
+		// Most text is printable ASCII: eight octets at a time, each of
+		// which is below 0x80 and not below 0x20.
+		if (end - p >= 8)
+		{
+			const std::uint64_t ONES = 0x0101010101010101ull;
+			const std::uint64_t HIGHS = 0x8080808080808080ull;
+			std::uint64_t word;
+			std::memcpy(&word, p, 8);
+			const std::uint64_t controls = (word - 0x20 * ONES) & ~word & HIGHS;
+			if (((word & HIGHS) | controls) == 0)
+			{
+				p += 8;
+				continue;
+			}
+		}
 		if (*p >= 0x20 && *p < 0x80)
 		{
 			++p;

@@ -419,6 +419,8 @@ TEST(ConverterTest, DocumentsThatXMLCannotHoldAreRefused)
 		{"comment ending in \"-\"", inRoot([](FastInfosetWriter& w) { w.comment("ab-", 0, 3); }), {}, "comment ends with \"-\""},
 		{"control character in text", inRoot([](FastInfosetWriter& w) { w.characters("a\x01z"); }),
 			{}, "text holds a character XML does not allow: \"\\x01z\""},
+		{"control character after words of text", inRoot([](FastInfosetWriter& w) { w.characters("plain text, \x7f and \xc3\xa9 allowed, a control \x01" "character here"); }),
+			{}, "text holds a character XML does not allow: \"\\x01character here\""},
 		{"U+FFFE in text", inRoot([](FastInfosetWriter& w) { w.characters("a\xEF\xBF\xBE"); }),
 			{}, "text holds a character XML does not allow: \"\\xEF\\xBF\\xBE\""},
 		{"octets that are not UTF-8", inRoot([](FastInfosetWriter& w) { w.characters("a\xC3("); }),

@@ -539,3 +539,57 @@ TEST(ResourceTest, AParserReadingDocumentAfterDocumentAllocatesNothingForThem)
 		}
 	}
 }
+
+
+TEST(ResourceTest, AWriterRestartedDocumentAfterDocumentAllocatesNothingForThem)
+{
+	// The sample documents (namespaces, comments and a document type
+	// declaration before the root, processing instructions) read into one
+	// writer restarted for each: in the second round every table, scope and
+	// deferred event finds the memory it needs.
+	class FixedBuffer: public std::streambuf
+	{
+	public:
+		explicit FixedBuffer(std::size_t size): _octets(size)
+		{
+			rewind();
+		}
+
+		void rewind()
+		{
+			setp(_octets.data(), _octets.data() + _octets.size());
+		}
+
+	private:
+		std::vector<char> _octets;
+	};
+
+	std::vector<std::string> documents;
+	for (const std::string& path: TestSupport::xmlFilesIn(FASTINFOSET_TEST_DATA))
+	{
+		std::ifstream xml(path);
+		std::ostringstream fi;
+		Converter::convertToFIS(xml, fi);
+		documents.push_back(fi.str());
+	}
+	FixedBuffer buffer(1 << 20);
+	std::ostream out(&buffer);
+	FastInfosetWriter writer(out);
+	FastInfosetParser parser;
+	parser.setContentHandler(&writer);
+	parser.setProperty(Ixor::XML::XMLReader::PROPERTY_LEXICAL_HANDLER, static_cast<Ixor::XML::LexicalHandler*>(&writer));
+	for (int round = 0; round < 2; ++round)
+	{
+		for (const std::string& document: documents)
+		{
+			buffer.rewind();
+			Measure measure;
+			writer.reset(out);
+			parser.parseMemoryNP(document.data(), document.size());
+			if (round == 1)
+			{
+				EXPECT_EQ(0u, allocations.count) << "document " << &document - &documents[0];
+			}
+		}
+	}
+}

@@ -4,13 +4,16 @@
 #include "Ixor/FastInfoset/FISException.h"
 #include "Poco/SAX/AttributesImpl.h"
 #include "Poco/SAX/DefaultHandler.h"
+#include "Poco/SAX/NamespaceSupport.h"
 #include "EventRecorder.h"
 #include "ItemWriter.h"
+#include "NamespaceTracker.h"
 #include "TestSupport.h"
 #include "WriterTables.h"
 #include <gtest/gtest.h>
 #include <functional>
 #include <memory>
+#include <random>
 #include <sstream>
 
 
@@ -459,6 +462,70 @@ TEST(WriterTest, GeneratedPrefixesCountForTheWritersLife)
 	});
 	EXPECT_NE(std::string::npos, octets.find(toHex("ns1") + "04" + toHex("urn:x")));
 	EXPECT_NE(std::string::npos, octets.find(toHex("ns2") + "04" + toHex("urn:y")));
+}
+
+
+TEST(WriterTest, NamespaceScopesAnswerAsTheHostsNamespaceSupport)
+{
+	// Random declarations, undeclarations and contexts over a few prefixes
+	// and names, where prefixes are bound twice in one context, hide each
+	// other and are dropped from outer contexts: every answer is the one
+	// the host's namespace support gives.
+	const std::vector<std::string> prefixes = {"", "a", "b", "ns1", "xmlns"};
+	const std::vector<std::string> uris = {"", "urn:x", "urn:y", "http://example.org/a-namespace-name-longer-than-a-word"};
+	std::mt19937 random(7);
+	auto pick = [&random](const std::vector<std::string>& from) -> const std::string& { return from[random() % from.size()]; };
+	for (int run = 0; run < 200; ++run)
+	{
+		Ixor::FastInfoset::NamespaceTracker tracker;
+		Ixor::XML::NamespaceSupport host;
+		tracker.startDocument();
+		host.pushContext();
+		std::size_t depth = 0;
+		for (int step = 0; step < 40; ++step)
+		{
+			const std::string& prefix = pick(prefixes);
+			const std::string& uri = pick(uris);
+			switch (random() % 5)
+			{
+			case 0: case 1: tracker.declarePrefix(prefix, uri); host.declarePrefix(prefix, uri); break;
+			case 2: tracker.undeclarePrefix(prefix); host.undeclarePrefix(prefix); break;
+			case 3: tracker.pushContext(); host.pushContext(); ++depth; break;
+			default: if (depth > 0) { tracker.popContext(); host.popContext(); --depth; } break;
+			}
+			for (const std::string& p: prefixes) ASSERT_EQ(host.getURI(p), tracker.uriOf(p)) << "run " << run << " step " << step;
+			for (const std::string& u: uris)
+			{
+				ASSERT_EQ(host.getPrefix(u), tracker.prefixOf(u)) << "run " << run << " step " << step;
+				ASSERT_EQ(host.isMapped(u), tracker.isMapped(u)) << "run " << run << " step " << step;
+				// An attribute's prefix: the host's own choice when it is not
+				// empty and means u here, else the first in order that does.
+				std::string expected = host.getPrefix(u);
+				if (expected.empty() || host.getURI(expected) != u)
+				{
+					expected.clear();
+					Ixor::XML::NamespaceSupport::PrefixSet candidates;
+					host.getPrefixes(u, candidates);
+					for (const std::string& p: candidates)
+					{
+						if (!p.empty() && host.getURI(p) == u && expected.empty()) expected = p;
+					}
+				}
+				ASSERT_EQ(expected, tracker.attributePrefixOf(u)) << "run " << run << " step " << step;
+			}
+			Ixor::XML::NamespaceSupport::PrefixSet declared;
+			host.getDeclaredPrefixes(declared);
+			std::vector<Ixor::FastInfoset::NamespaceTracker::Declaration> declarations;
+			const std::size_t count = tracker.declarations(declarations);
+			ASSERT_EQ(declared.size(), count) << "run " << run << " step " << step;
+			std::size_t i = 0;
+			for (const std::string& p: declared)
+			{
+				ASSERT_EQ(p, declarations[i].first);
+				ASSERT_EQ(host.getURI(p), declarations[i++].second);
+			}
+		}
+	}
 }
 
 

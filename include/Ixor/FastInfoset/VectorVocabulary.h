@@ -38,6 +38,12 @@ public:
 	unsigned int index(const T& value, bool& found) override;
 		/// Appends value; found is always false.
 
+	template <class... Args>
+	const T& append(const Args&... args);
+		/// Appends T(args...) under the next index, as index() does,
+		/// without a T built first: a reader adds a literal straight from
+		/// its input. Returns the entry.
+
 	unsigned int exists(const T& value, bool& found) const override;
 		/// The first index that holds value.
 
@@ -76,6 +82,14 @@ unsigned int VectorVocabulary<T>::index(const T& value, bool& found)
 	this->_index.push_back(value);
 	found = false;
 	return static_cast<unsigned int>(this->_index.size() - 1);
+}
+
+
+template <class T>
+template <class... Args>
+inline const T& VectorVocabulary<T>::append(const Args&... args)
+{
+	return this->_index.emplace_back(args...);
 }
 
 

@@ -12,9 +12,11 @@
 
 #include "Ixor/FastInfoset/FastInfoset.h"
 #include <algorithm>
+#include <cstring>
 #include <cstddef>
 #include <memory>
 #include <stdexcept>
+#include <string>
 #include <utility>
 #include <vector>
 #if defined(_MSC_VER)
@@ -24,6 +26,37 @@
 
 namespace Ixor {
 namespace FastInfoset {
+
+
+namespace VerbTableDetail {
+
+
+inline void assignText(std::string& to, const char* pText, std::size_t length)
+	/// to.assign(pText, length) where pText is not inside to. A value no
+	/// longer than the one it replaces is copied in place: assign() is a
+	/// call into the library, and the strings that take each other's place
+	/// are mostly of a few lengths.
+{
+	if (length > to.size())
+	{
+		// Cheaper than assign(), which allows for text inside the string.
+		to.clear();
+		to.append(pText, length);
+		return;
+	}
+	to.resize(length);
+	if (length > 0) std::memcpy(&to[0], pText, length);
+}
+
+
+template <class T, class... Args>
+inline void assignText(T& to, const Args&... args)
+{
+	to.assign(args...);
+}
+
+
+} // namespace VerbTableDetail
 
 
 template <class T>
@@ -53,10 +86,10 @@ public:
 		/// Appends value; its index is the size before.
 
 	template <class... Args>
-	void emplace_back(const Args&... args);
-		/// Appends T(args...). A place that truncate() freed takes it by
-		/// assignment (a string's assign() for other arguments than a T),
-		/// so that it keeps its memory.
+	T& emplace_back(const Args&... args);
+		/// Appends T(args...) and returns it. A place that truncate() freed
+		/// takes it by assignment (a string's assign() for other arguments
+		/// than a T), so that it keeps its memory.
 
 	T& extend();
 		/// Appends an entry and returns it for the caller to set: a place
@@ -287,8 +320,7 @@ T& VerbTable<T>::extend()
 		++_size;
 		return (*_chunks[chunk])[offset];
 	}
-	emplace_back(T());
-	return (*_chunks[chunk])[offset];
+	return emplace_back(T());
 }
 
 
@@ -303,22 +335,23 @@ template <class T>
 template <class... Args>
 inline void VerbTable<T>::assign(T& place, const Args&... args)
 {
-	place.assign(args...);
+	VerbTableDetail::assignText(place, args...);
 }
 
 
 template <class T>
 template <class... Args>
-void VerbTable<T>::emplace_back(const Args&... args)
+T& VerbTable<T>::emplace_back(const Args&... args)
 {
 	std::size_t offset;
 	const std::size_t chunk = chunkOf(_size, offset);
 	if (chunk < _chunks.size() && offset < _chunks[chunk]->size())
 	{
 		// A place that truncate() freed; the size grows only once it is set.
-		assign((*_chunks[chunk])[offset], args...);
+		T& place = (*_chunks[chunk])[offset];
+		assign(place, args...);
 		++_size;
-		return;
+		return place;
 	}
 	const std::size_t chunks = _chunks.size();
 	if (chunks == 0 || _chunks.back()->size() == chunkCapacity(chunks - 1))
@@ -334,6 +367,7 @@ void VerbTable<T>::emplace_back(const Args&... args)
 		_chunks.back()->emplace_back(args...);
 	}
 	++_size;
+	return _chunks.back()->back();
 }
 
 
