@@ -13,9 +13,7 @@ WriterTables::WriterTables(DocumentVocabulary& vocabulary):
 	_views(),
 	_nameViews(),
 	_generation(1),
-	_slotGenerations(),
-	_recentPrefixes(),
-	_recentNamespaces()
+	_slotGenerations()
 {
 }
 
@@ -25,7 +23,6 @@ void WriterTables::refreshViews()
 	for (StringTableView& view: _views) view = StringTableView();
 	for (NameTableView& view: _nameViews) view = NameTableView();
 	forgetNames();
-	forgetRecentLookups();
 	_viewsRevision = _vocabulary.revision();
 }
 
@@ -71,42 +68,6 @@ void WriterTables::forgetNames()
 }
 
 
-void WriterTables::forgetRecentLookups()
-{
-	for (RecentLookups* pRecent: {&_recentPrefixes, &_recentNamespaces})
-	{
-		for (RecentLookups::Entry& entry: pRecent->entries) entry.pTable = 0;
-	}
-}
-
-
-FastInfoset_ALWAYS_INLINE unsigned int WriterTables::cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored)
-	/// find() that remembers its last answers; a table only grows, so an
-	/// index found stays right as long as the table is the same. pStored is
-	/// the value as the table holds it.
-{
-	const Vocabulary<std::string>* pTable = viewOf(id).pTable;
-	for (const RecentLookups::Entry& entry: recent.entries)
-	{
-		if (entry.pTable == pTable && VocabularyHash<std::string>::equal(*entry.pStored, value.data(), value.size()))
-		{
-			pStored = entry.pStored;
-			return entry.index;
-		}
-	}
-	const unsigned int index = find(id, value.data(), value.size());
-	if (index != NOT_FOUND)
-	{
-		RecentLookups::Entry& entry = recent.entries[recent.next++ % RecentLookups::SIZE];
-		entry.pTable = pTable;
-		entry.pStored = &pTable->index()[index];
-		entry.index = index;
-		pStored = entry.pStored;
-	}
-	return index;
-}
-
-
 unsigned int WriterTables::findName(const std::string& prefix, const std::string& uri, const std::string& localName, bool element, StoredName* pStored)
 {
 	// Names repeat: a name found before is recognised by its three parts,
@@ -126,11 +87,9 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		|| !VocabularyHash<std::string>::equal(*slot.pURI, uri.data(), uri.size())
 		|| !VocabularyHash<std::string>::equal(*slot.pPrefix, prefix.data(), prefix.size()))
 	{
-		const std::string* pStoredPrefix = 0;
-		const unsigned int prefixIndex = cachedFind(DocumentVocabulary::PREFIX, prefix, _recentPrefixes, pStoredPrefix);
+		const unsigned int prefixIndex = find(DocumentVocabulary::PREFIX, prefix.data(), prefix.size());
 		if (prefixIndex == NOT_FOUND) return NOT_FOUND;
-		const std::string* pStoredURI = 0;
-		const unsigned int namespaceIndex = cachedFind(DocumentVocabulary::NAMESPACE_NAME, uri, _recentNamespaces, pStoredURI);
+		const unsigned int namespaceIndex = find(DocumentVocabulary::NAMESPACE_NAME, uri.data(), uri.size());
 		if (namespaceIndex == NOT_FOUND) return NOT_FOUND;
 		const unsigned int localIndex = find(DocumentVocabulary::LOCAL_NAME, localName.data(), localName.size());
 		if (localIndex == NOT_FOUND) return NOT_FOUND;
@@ -139,8 +98,8 @@ unsigned int WriterTables::findName(const std::string& prefix, const std::string
 		slot.pNameTable = pNameTable;
 		slot.pLocalTable = pLocalTable;
 		slot.pLocalName = &_vocabulary.value(DocumentVocabulary::LOCAL_NAME, localIndex);
-		slot.pPrefix = pStoredPrefix;
-		slot.pURI = pStoredURI;
+		slot.pPrefix = stored(DocumentVocabulary::PREFIX, prefixIndex);
+		slot.pURI = stored(DocumentVocabulary::NAMESPACE_NAME, namespaceIndex);
 		slot.hash = hash;
 		slotGeneration = _generation;
 		slot.index = index;
@@ -229,7 +188,6 @@ void WriterTables::truncate(const Sizes& sizes)
 	for (bool element: {false, true}) truncateTable<QualifiedNameEntry>(nameViewOf(element), sizes.names[element]);
 	// Indexes remembered may now name other entries, or none.
 	forgetNames();
-	forgetRecentLookups();
 }
 
 

@@ -110,23 +110,6 @@ private:
 		const HashVocabulary<QualifiedNameEntry>* pHash;
 	};
 
-	struct RecentLookups
-		/// The last strings found in one table: prefixes and namespace names
-		/// repeat from element to element, and elements and their
-		/// attributes take turns with a few of them. The strings are
-		/// compared as the table holds them, where they stay in place.
-	{
-		enum { SIZE = 4 };
-		struct Entry
-		{
-			const void*        pTable;
-			const std::string* pStored;
-			unsigned int       index;
-		};
-		Entry        entries[SIZE];
-		unsigned int next;
-	};
-
 	struct NameCacheSlot
 		/// A qualified name found before: its three parts as the tables hold
 		/// them, and its index.
@@ -149,8 +132,6 @@ private:
 	void refreshViews();
 	StringTableView& viewOf(DocumentVocabulary::ID id);
 	NameTableView& nameViewOf(bool element);
-	unsigned int cachedFind(DocumentVocabulary::ID id, const std::string& value, RecentLookups& recent, const std::string*& pStored);
-	void forgetRecentLookups();
 	void forgetNames();
 	unsigned int findName(const QualifiedNameEntry& name, bool element);
 	unsigned int findInOther(DocumentVocabulary::ID id, const char* data, std::size_t length);
@@ -169,8 +150,6 @@ private:
 	UInt32              _generation;
 	UInt32              _slotGenerations[2][NAME_CACHE_SIZE];
 	NameCacheSlot       _nameCache[2][NAME_CACHE_SIZE];
-	RecentLookups       _recentPrefixes;
-	RecentLookups       _recentNamespaces;
 	std::string         _text;   // scratch for tables that take only strings
 };
 
